@@ -1,0 +1,89 @@
+// SPDX-License-Identifier: Apache-2.0
+// Running posted tasks and I/O events on one thread.
+
+#define LOG_TAG "hwbinder"
+
+#include "EventLoop.h"
+
+#include <pthread.h>
+#include <signal.h>
+
+#include <future>
+#include <thread>
+
+#include <log/log.h>
+
+namespace android {
+namespace hardware {
+namespace transport {
+
+namespace {
+
+thread_local EventLoop* tLoop = nullptr;
+
+/** Signals are for the program's own threads; a write to a dead peer shows as an error instead. */
+void blockSignals() {
+    sigset_t all;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, nullptr);
+}
+
+}  // namespace
+
+EventLoop::EventLoop() {
+    std::promise<void> running;
+    std::thread thread([this, &running] {
+        blockSignals();
+        tLoop = this;
+        kj::AsyncIoContext context = kj::setupAsyncIo();
+        mIo = context.lowLevelProvider.get();
+        running.set_value();
+        run(context.waitScope);
+    });
+    pthread_setname_np(thread.native_handle(), "HwBinder:io");
+    thread.detach();
+    running.get_future().wait();
+}
+
+bool EventLoop::isCurrentThread() const {
+    return tLoop == this;
+}
+
+void EventLoop::post(kj::Function<void()> task) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    mTasks.push_back(kj::mv(task));
+    KJ_IF_MAYBE (wakeUp, mWakeUp) {
+        (*wakeUp)->fulfill();
+        mWakeUp = nullptr;
+    }
+}
+
+void EventLoop::run(kj::WaitScope& waitScope) {
+    // So many events are handled between two looks at the sockets and at what other threads want.
+    waitScope.setBusyPollInterval(64);
+    while (true) {
+        auto wakeUp = kj::newPromiseAndCrossThreadFulfiller<void>();
+        std::deque<kj::Function<void()>> tasks;
+        {
+            std::lock_guard<std::mutex> lock(mMutex);
+            tasks.swap(mTasks);
+            if (tasks.empty()) mWakeUp = kj::mv(wakeUp.fulfiller);
+        }
+        if (tasks.empty()) {
+            // All I/O happens in here.
+            wakeUp.promise.wait(waitScope);
+            continue;
+        }
+        for (auto& task : tasks) {
+            KJ_IF_MAYBE (exception, kj::runCatchingExceptions([&task] { task(); })) {
+                ALOGE("Task failed: %s", exception->getDescription().cStr());
+            }
+        }
+        // A flood of tasks must not keep the sockets waiting, nor a flood on them the tasks.
+        mIo->getTimer().afterDelay(0 * kj::NANOSECONDS).wait(waitScope);
+    }
+}
+
+}  // namespace transport
+}  // namespace hardware
+}  // namespace android

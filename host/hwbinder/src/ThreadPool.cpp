@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+// Starting pool threads on demand and handing them their jobs.
+
+#define LOG_TAG "hwbinder"
+
+#include "ThreadPool.h"
+
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <string>
+#include <system_error>
+#include <thread>
+
+#include <log/log.h>
+
+namespace android {
+namespace hardware {
+namespace transport {
+
+namespace {
+
+thread_local bool tIsPoolThread = false;
+
+}  // namespace
+
+ThreadPool& ThreadPool::instance() {
+    // Never destroyed: its threads run until the process has ended.
+    static ThreadPool& pool = *new ThreadPool();
+    return pool;
+}
+
+void ThreadPool::configure(size_t maxThreads, bool callerJoins) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    mConfiguredMax = maxThreads;
+    mMaxSpawned = callerJoins && maxThreads > 0 ? maxThreads - 1 : maxThreads;
+}
+
+size_t ThreadPool::maxThreads() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    return mConfiguredMax;
+}
+
+void ThreadPool::start() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mStarted) return;
+    mStarted = true;
+    if (mMaxSpawned > 0) spawnLocked();
+}
+
+void ThreadPool::spawnLocked() {
+    const std::string name =
+            "HwBinder:" + std::to_string(getpid()) + "_" + std::to_string(mSpawned + 1);
+    try {
+        std::thread thread([this] { workLoop(); });
+        pthread_setname_np(thread.native_handle(), name.substr(0, 15).c_str());
+        thread.detach();
+        mSpawned++;
+    } catch (const std::system_error& error) {
+        // The job waits for a thread that is there, or for the next attempt.
+        ALOGE("Cannot start a thread for incoming calls: %s", error.what());
+    }
+}
+
+void ThreadPool::join() {
+    {
+        std::lock_guard<std::mutex> lock(mMutex);
+        mJoined++;
+    }
+    workLoop();
+    __builtin_unreachable();
+}
+
+void ThreadPool::submit(Job job) {
+    std::lock_guard<std::mutex> lock(mMutex);
+    mJobs.push_back(std::move(job));
+    if (mPollFd >= 0) eventfd_write(mPollFd, 1);
+    if (mStarted && mJobs.size() > mIdle && mSpawned < mMaxSpawned) spawnLocked();
+    mJobsChanged.notify_one();
+}
+
+void ThreadPool::workLoop() {
+    tIsPoolThread = true;
+    std::unique_lock<std::mutex> lock(mMutex);
+    while (true) {
+        Job job;
+        while (!takeLocked(&job)) {
+            mIdle++;
+            mJobsChanged.wait(lock);
+            mIdle--;
+        }
+        lock.unlock();
+        job();
+        // What the job holds must go while no lock is held: its destructors are other people's.
+        job = nullptr;
+        lock.lock();
+    }
+}
+
+bool ThreadPool::takeLocked(Job* job) {
+    if (mJobs.empty()) return false;
+    *job = std::move(mJobs.front());
+    mJobs.pop_front();
+    return true;
+}
+
+int ThreadPool::pollDescriptor() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    if (mPollFd < 0) mPollFd = eventfd(mJobs.size(), EFD_CLOEXEC | EFD_NONBLOCK);
+    return mPollFd;
+}
+
+void ThreadPool::drain() {
+    const bool wasPoolThread = tIsPoolThread;
+    tIsPoolThread = true;
+    while (true) {
+        Job job;
+        {
+            std::lock_guard<std::mutex> lock(mMutex);
+            eventfd_t ignored;
+            if (mPollFd >= 0) eventfd_read(mPollFd, &ignored);
+            if (!takeLocked(&job)) break;
+        }
+        job();
+    }
+    tIsPoolThread = wasPoolThread;
+}
+
+bool ThreadPool::isPoolThread() {
+    return tIsPoolThread;
+}
+
+bool ThreadPool::isOnlyThread() {
+    std::lock_guard<std::mutex> lock(mMutex);
+    return tIsPoolThread && mConfiguredMax == 1;
+}
+
+}  // namespace transport
+}  // namespace hardware
+}  // namespace android

@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: Apache-2.0
+// hwservicemanager: the program through which the processes of one device find each other.
+
+#include <pthread.h>
+#include <signal.h>
+#include <stdio.h>
+#include <stdlib.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <cutils/properties.h>
+#include <hidl/HidlBinderSupport.h>
+#include <hidl/HidlTransportSupport.h>
+#include <hwbinder/IPCThreadState.h>
+#include <hwbinder/ProcessState.h>
+#include <CLI/CLI.hpp>
+
+#include "HwServiceManager.h"
+#include "VintfManifest.h"
+
+using android::sp;
+using android::hardware::IPCThreadState;
+using android::hardware::ProcessState;
+using orvo::HwServiceManager;
+using orvo::VintfManifest;
+
+namespace {
+
+constexpr char kVintfDirectory[] = "/vendor/etc/vintf";
+// Enough for several processes that register at once; nothing here takes long.
+constexpr size_t kPoolThreads = 4;
+
+int fail(const std::string& error) {
+    fprintf(stderr, "hwservicemanager: %s\n", error.c_str());
+    return EXIT_FAILURE;
+}
+
+std::optional<VintfManifest> readManifest(const std::vector<std::string>& files,
+                                          std::string* error) {
+    VintfManifest manifest;
+    if (files.empty() && !manifest.addDirectory(kVintfDirectory, error)) return std::nullopt;
+    for (const std::string& file : files) {
+        if (!manifest.addFile(file, error)) return std::nullopt;
+    }
+    return manifest;
+}
+
+/** The signals that end this program. Blocked in every thread, and waited for by one. */
+sigset_t endingSignals() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGTERM);
+    sigaddset(&signals, SIGINT);
+    return signals;
+}
+
+/** Becomes everybody's context object and serves calls. */
+bool serve(VintfManifest manifest) {
+    const sp<HwServiceManager> manager = new HwServiceManager(std::move(manifest));
+    const auto binder = android::hardware::getOrCreateCachedBinder(manager.get());
+    IPCThreadState::self()->setTheContextObject(binder->localBinder());
+    android::hardware::configureRpcThreadpool(kPoolThreads, false /* callerWillJoin */);
+    if (!ProcessState::self()->becomeContextManager(nullptr, nullptr)) return false;
+    ProcessState::self()->startThreadPool();
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App options(
+            "The service manager of one device, whose directory ORVO_DEVICE_DIR names. "
+            "Prints \"ready\" once it serves; runs until SIGTERM or SIGINT.");
+    std::vector<std::string> files;
+    options.add_option("--manifest", files,
+                       "VINTF manifest file; may be given several times. Without it: "
+                       "/vendor/etc/vintf/manifest.xml and /vendor/etc/vintf/manifest/*.xml")
+            ->type_name("FILE");
+    CLI11_PARSE(options, argc, argv);
+
+    std::string error;
+    std::optional<VintfManifest> manifest = readManifest(files, &error);
+    if (!manifest) return fail(error);
+
+    // Before there is a second thread: threads inherit what their maker has blocked.
+    const sigset_t signals = endingSignals();
+    pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    if (!serve(std::move(*manifest))) {
+        return fail(
+                "cannot serve; set ORVO_DEVICE_DIR to the directory of a device that has no "
+                "service manager yet");
+    }
+    if (property_set("hwservicemanager.ready", "true") != 0) {
+        return fail("cannot set the property hwservicemanager.ready");
+    }
+    puts("ready");
+    fflush(stdout);
+
+    int received = 0;
+    sigwait(&signals, &received);
+    property_set("hwservicemanager.ready", "false");
+    // Calls may still be under way on pool threads, so nothing is torn down under them.
+    _Exit(EXIT_SUCCESS);
+}

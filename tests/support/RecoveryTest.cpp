@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+// The fixture of tests in which providers die.
+
+#include "tests/support/RecoveryTest.h"
+
+#include <chrono>
+#include <filesystem>
+
+namespace orvo::test {
+namespace {
+
+// How many threads this program has when it runs none of its own: a sanitizer brings some along.
+int threadCount() {
+    int count = 0;
+    for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+        count += task.is_directory() ? 1 : 0;
+    }
+    return count;
+}
+
+const int gThreadsAtStart = threadCount();
+
+}  // namespace
+
+bool waitUntilNoOtherThreadIsLeft() {
+    // A detached thread tells nobody that it has ended, so this has to look again and again.
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (threadCount() > gThreadsAtStart) {
+        if (std::chrono::steady_clock::now() > deadline) return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+RecoveryTest::RecoveryTest() {
+    mProxy->onGetService = [this, testThread = std::this_thread::get_id()](const std::string&) {
+        if (std::this_thread::get_id() != testThread) mReconnection.pass();
+    };
+}
+
+void RecoveryTest::TearDown() {
+    finishReconnections();
+    mServices.clear();
+    ProviderTest::TearDown();
+}
+
+void RecoveryTest::connect(const std::vector<std::string>& replacements) {
+    for (const std::string& name : replacements) mServices[name] = startService(name);
+    makeObject("legacy/0", replacements);
+    mObject->initialize();
+    mLog.take();
+}
+
+uint64_t RecoveryTest::cookie(const std::string& name) {
+    return reinterpret_cast<uintptr_t>(descriptor(name));
+}
+
+std::vector<LogLine> RecoveryTest::die(const std::string& name) {
+    service(name).die();
+    return mLog.take();
+}
+
+void RecoveryTest::finishReconnections() {
+    mReconnection.open();
+    EXPECT_TRUE(waitUntilNoOtherThreadIsLeft()) << "a reconnection thread never ended";
+}
+
+LogLine RecoveryTest::diedLine(const std::string& name) {
+    return errorLine("Camera provider " + name + " has died");
+}
+
+LogLine RecoveryTest::withdrawnLine(int notified, int removed, const std::string& type) {
+    return infoLine("Notified framework about " + std::to_string(notified) + "/" +
+                    std::to_string(removed) + " devices from dead provider " + type);
+}
+
+LogLine RecoveryTest::reconnectedLine(const std::string& name, int attempt) {
+    return infoLine("Successfully reinitialized provider " + name + " (attempt " +
+                    std::to_string(attempt) + ")");
+}
+
+LogLine RecoveryTest::gaveUpLine(const std::string& name) {
+    return errorLine("Failed to reconnect to " + name + " after 10 attempts");
+}
+
+}  // namespace orvo::test

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// Connects one underlying provider to its descriptor.
+
+#include <android/log.h>
+
+#include "provider/LogTag.h"
+#include "provider/OrvoCameraServiceImplementation.h"
+
+namespace android::hardware::camera::provider::V2_4::implementation {
+
+/**
+ * Exported by libcameraprovidershim: makes a shim that forwards to `provider`, or returns null.
+ * The shim library keeps the shim alive; here it is only referred to weakly.
+ */
+extern "C" ICameraProvider* HIDL_FETCH_ICameraProvider_shim(const char* name,
+                                                            ICameraProvider* provider);
+
+bool OrvoCameraServiceImplementation::initializeProviderService(const HALDescriptor* descriptor,
+                                                                const std::string& name) {
+    if (descriptor == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Cannot initialize null HALDescriptor");
+        return false;
+    }
+
+    // Stored before it is checked on purpose: a failed look-up also drops an earlier connection.
+    descriptor->mProvider = mServiceProxy->getService(name);
+    // From the link on, a death may clear the descriptor at any moment; this reference stays.
+    const sp<ICameraProvider> provider = descriptor->mProvider;
+    if (provider == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to get service %s", name.c_str());
+        return false;
+    }
+
+    const uint64_t cookie = reinterpret_cast<uintptr_t>(descriptor);
+    if (!provider->linkToDeath(this, cookie).withDefault(false)) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Could not link to death for %s",
+                            name.c_str());
+        descriptor->mProvider = nullptr;
+        return false;
+    }
+
+    ICameraProvider* const shim =
+            HIDL_FETCH_ICameraProvider_shim(descriptor->mName.c_str(), provider.get());
+    descriptor->mShim = shim;
+    if (shim != nullptr) return true;
+
+    __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                        "Failed to create QuillCameraProviderShim for %s", name.c_str());
+    // Looked at only so that the platform does not end the process over a failure here.
+    (void)provider->unlinkToDeath(this).isOk();
+    descriptor->mProvider = nullptr;
+    return false;
+}
+
+}  // namespace android::hardware::camera::provider::V2_4::implementation

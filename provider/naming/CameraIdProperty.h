@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+// The system properties in which other processes read the ids of the cameras that are present.
+#pragma once
+
+#include <string>
+
+namespace android::hardware::camera::provider::V2_4::implementation {
+
+/*
+ * One property per provider type, "camera.<type>.ids", holds the ids of the present cameras of
+ * that type in the order in which they were reported, joined by ", ". Both functions read, edit
+ * and write it; the caller serialises them (the provider object does so with its
+ * mActiveDevicesMutex). A write that the property store refuses, such as one of more than 91
+ * characters, changes nothing and is not reported. `type` and `id` may be empty.
+ */
+
+/** Appends `id` to the ids of `type`, also when it is listed already. */
+void appendCameraIdToSystemProperty(const std::string& type, const std::string& id);
+
+/**
+ * Removes the first occurrence of `id`, as text, from the ids of `type`, and the separator with
+ * it. Writes nothing when the property is empty or unset.
+ */
+void removeCameraIdFromSystemProperty(const std::string& type, const std::string& id);
+
+}  // namespace android::hardware::camera::provider::V2_4::implementation

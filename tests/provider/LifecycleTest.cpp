@@ -1,0 +1,295 @@
+// SPDX-License-Identifier: Apache-2.0
+// The provider object from construction to destruction.
+
+#include <stdio.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <type_traits>
+
+#include "provider/naming/DeviceMap.h"
+#include "tests/support/ProviderTest.h"
+
+namespace orvo::test {
+namespace {
+
+using android::sp;
+using android::wp;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::SizeIs;
+
+constexpr char kAddedProperty[] = "service.cam_prvdr.external_0.added";
+
+class LifecycleTest : public ProviderTest {
+  protected:
+    void construct(const char* name) { mObject = new Object(name, mProxy, mMapper); }
+
+    bool isConnected(const std::string& name) { return descriptor(name)->mProvider != nullptr; }
+};
+
+TEST_F(LifecycleTest, TheObjectHasThreeFaces) {
+    using android::hardware::hidl_death_recipient;
+    using android::hardware::camera::provider::V2_4::ICameraProvider;
+    using android::hardware::camera::provider::V2_4::ICameraProviderCallback;
+    static_assert(std::is_base_of_v<ICameraProvider, Object>);
+    static_assert(std::is_base_of_v<hidl_death_recipient, Object>);
+    static_assert(std::is_base_of_v<ICameraProviderCallback, Object>);
+    makeObject("legacy/0", {"external/0"});
+    const sp<ICameraProvider> provider = mObject;
+    EXPECT_EQ(static_cast<void*>(provider.get()), static_cast<void*>(mObject.get()))
+            << "the provider face is the first";
+    const sp<ICameraProviderCallback> callback = mObject;
+    const sp<hidl_death_recipient> recipient = mObject;
+    EXPECT_LT(static_cast<void*>(recipient.get()), static_cast<void*>(callback.get()));
+    EXPECT_EQ(mObject->getStrongCount(), 4) << "the faces share one count";
+}
+
+TEST_F(LifecycleTest, TheMembersAreDeclaredInTheOrderInWhichTheyAreDestroyedBackwards) {
+    makeObject("legacy/0", {"external/0"});
+    const std::vector<const void*> addresses = {
+            &mObject->mIsValid,      &mObject->mProviderMapper, &mObject->mServiceProxy,
+            &mObject->mCallback,     &mObject->mHalDescriptors, &mObject->mProviderType,
+            &mObject->mProviderName, &mObject->mActiveDevices,  &mObject->mActiveDevicesMutex,
+    };
+    EXPECT_TRUE(std::is_sorted(addresses.begin(), addresses.end()));
+}
+
+TEST_F(LifecycleTest, ConstructionReadsTheMapAndMakesTheDescriptorsButConnectsNothing) {
+    mMapper->replacements["legacy/0"] = {"virtual/0", "external/0", "virtual/0"};
+    construct("legacy/0");
+    EXPECT_TRUE(mObject->mIsValid);
+    EXPECT_EQ(mObject->mProviderType, "legacy");
+    EXPECT_EQ(mObject->mProviderName, "legacy/0");
+    EXPECT_EQ(mObject->mCallback, nullptr);
+    EXPECT_THAT(activeDevices(), IsEmpty());
+    EXPECT_EQ(mObject->mProviderMapper, mMapper);
+    EXPECT_EQ(mObject->mServiceProxy, mProxy);
+    EXPECT_THAT(mObject->mHalDescriptors, SizeIs(2));
+    EXPECT_FALSE(isConnected("external/0"));
+    EXPECT_FALSE(isConnected("virtual/0"));
+
+    EXPECT_THAT(mMapper->loadedPaths, ElementsAre("/vendor/etc/orvo_vendor_manifest.xml"));
+    EXPECT_THAT(mMapper->askedNames, ElementsAre("legacy/0"));
+    EXPECT_EQ(mProxy->listings(), 0);
+    EXPECT_EQ(mProxy->lookups("external/0"), 0);
+    EXPECT_THAT(mLog.lines(), ElementsAre(infoLine("Get replacement provider for legacy/0"),
+                                          infoLine("Replacement provider external/0 for legacy/0"),
+                                          infoLine("Replacement provider virtual/0 for legacy/0")));
+    EXPECT_THAT(mProperties.writes(), IsEmpty());
+}
+
+TEST_F(LifecycleTest, TheTypeIsTheTextBeforeTheFirstSlash) {
+    mMapper->replacements["a/b/c"] = {"external/0"};
+    construct("a/b/c");
+    EXPECT_EQ(mObject->mProviderType, "a");
+    mMapper->replacements["/0"] = {"external/0"};
+    construct("/0");
+    EXPECT_EQ(mObject->mProviderType, "");
+    EXPECT_TRUE(mObject->mIsValid);
+}
+
+TEST_F(LifecycleTest, AMapThatCannotBeLoadedMakesTheObjectInvalid) {
+    mMapper->loadSucceeds = false;
+    mMapper->replacements["legacy/0"] = {"external/0"};
+    construct("legacy/0");
+    EXPECT_FALSE(mObject->mIsValid);
+    EXPECT_EQ(mObject->mProviderType, "legacy");
+    EXPECT_THAT(mObject->mHalDescriptors, IsEmpty());
+    EXPECT_THAT(mMapper->askedNames, IsEmpty());
+    EXPECT_THAT(mLog.lines(), ElementsAre(errorLine("FATAL (165): Failed to load provider map from "
+                                                    "/vendor/etc/orvo_vendor_manifest.xml")));
+}
+
+TEST_F(LifecycleTest, AnInstanceWithoutReplacementsMakesTheObjectInvalid) {
+    mMapper->replacements["virtual/0"] = {"external/0"};
+    construct("legacy/0");
+    EXPECT_FALSE(mObject->mIsValid);
+    EXPECT_THAT(mLog.lines(), ElementsAre(infoLine("Get replacement provider for legacy/0"),
+                                          infoLine("No replacement provider for legacy/0 mImpl")));
+}
+
+TEST_F(LifecycleTest, InitializeConnectsEveryDeclaredProviderThatHasADescriptor) {
+    startService("virtual/0");
+    startService("foreign/0");
+    startService("external/0");
+    makeObject("legacy/0", {"external/0", "virtual/0"});
+    EXPECT_TRUE(mObject->initialize());
+    EXPECT_TRUE(isConnected("external/0"));
+    EXPECT_TRUE(isConnected("virtual/0"));
+    EXPECT_EQ(mProxy->listings(), 1);
+    EXPECT_EQ(mProxy->lookups("foreign/0"), 0);
+    EXPECT_THAT(mLog.lines(),
+                ElementsAre(infoLine("Loading service virtual/0"),
+                            infoLine("Found replacement provider virtual/0 for legacy/0"),
+                            infoLine("Loading service foreign/0"),
+                            errorLine("FATAL(479): Invalid provider name foreign/0"),
+                            infoLine("Loading service external/0"),
+                            infoLine("Found replacement provider external/0 for legacy/0")));
+}
+
+TEST_F(LifecycleTest, AProviderThatIsNotDeclaredStaysUnconnected) {
+    mProxy->start("external/0", new ScriptedProvider);
+    makeObject("legacy/0", {"external/0"});
+    EXPECT_TRUE(mObject->initialize());
+    EXPECT_FALSE(isConnected("external/0"));
+    EXPECT_EQ(mProxy->lookups("external/0"), 0);
+    EXPECT_THAT(mLog.lines(), IsEmpty());
+    EXPECT_THAT(mProperties.writes(), IsEmpty());
+}
+
+TEST_F(LifecycleTest, AFailedConnectionIsLoggedAndTheNextOneIsMade) {
+    mProxy->declared = {"external/0"};
+    startService("virtual/0");
+    makeObject("legacy/0", {"external/0", "virtual/0"});
+    EXPECT_TRUE(mObject->initialize());
+    EXPECT_FALSE(isConnected("external/0"));
+    EXPECT_TRUE(isConnected("virtual/0"));
+    EXPECT_EQ(mProxy->lookups("external/0"), 1) << "nothing is retried at start-up";
+    EXPECT_THAT(mLog.lines(),
+                ElementsAre(infoLine("Loading service external/0"),
+                            infoLine("Found replacement provider external/0 for legacy/0"),
+                            errorLine("Failed to get service external/0"),
+                            infoLine("Loading service virtual/0"),
+                            infoLine("Found replacement provider virtual/0 for legacy/0")));
+}
+
+TEST_F(LifecycleTest, ConnectingExternalZeroIsRecordedInAProperty) {
+    startService("external/0");
+    makeObject("legacy/0", {"external/0"});
+    mObject->initialize();
+    EXPECT_THAT(mProperties.writes(), ElementsAre(PropertyWrite{kAddedProperty, "1"}));
+}
+
+TEST_F(LifecycleTest, OnlyExternalZeroIsRecorded) {
+    for (const char* name : {"external/1", "external/00", "legacy/0"}) startService(name);
+    makeObject("legacy/0", {"external/1", "external/00", "legacy/0", "external/0"});
+    mObject->initialize();
+    EXPECT_THAT(mProperties.writes(), IsEmpty());
+}
+
+TEST_F(LifecycleTest, AFailedConnectionOfExternalZeroIsNotRecordedAndNothingIsCleared) {
+    mProperties.preset(kAddedProperty, "1");
+    mProxy->declared = {"external/0"};
+    makeObject("legacy/0", {"external/0"});
+    mObject->initialize();
+    EXPECT_THAT(mProperties.writes(), IsEmpty());
+    EXPECT_EQ(mProperties.value(kAddedProperty), "1");
+}
+
+TEST_F(LifecycleTest, AShimThatHasTheObjectAsItsCallbackKeepsItAlive) {
+    startService("external/0");
+    makeObject("legacy/0", {"external/0"});
+    mObject->initialize();
+    mObject->setCallback(mFramework);
+    const wp<Object> object = mObject;
+    mObject.clear();
+    EXPECT_NE(object.promote(), nullptr);
+    mShims.drop("external/0");
+    EXPECT_EQ(object.promote(), nullptr);
+}
+
+TEST_F(LifecycleTest, DestructionReleasesTheMapperBeforeTheProxyAndLeavesTheProvidersAlone) {
+    const sp<ScriptedProvider> service = startService("external/0");
+    makeObject("legacy/0", {"external/0"});
+    mObject->initialize();
+    std::vector<std::string> released;
+    mMapper->onDestroyed = [&] { released.push_back("mapper"); };
+    mProxy->onDestroyed = [&] { released.push_back("proxy"); };
+    mMapper.reset();
+    mProxy.reset();
+    EXPECT_THAT(released, IsEmpty()) << "the object owns both";
+    mLog.take();
+
+    mObject.clear();
+    EXPECT_THAT(released, ElementsAre("mapper", "proxy"));
+    EXPECT_EQ(service->unlinkCalls(), 0) << "no link is undone";
+    EXPECT_THAT(service->links(), SizeIs(1));
+    EXPECT_EQ(service->links()[0].recipient.promote(), nullptr);
+    EXPECT_THAT(mShims.shim("external/0")->callbacks(), IsEmpty()) << "no callback is cleared";
+    EXPECT_THAT(mLog.lines(), IsEmpty());
+    mProxy = std::make_shared<FakeServiceInteractionProxy>();
+    mMapper = std::make_shared<FakeProviderMapper>();
+}
+
+TEST_F(LifecycleTest, AHundredObjectsComeAndGo) {
+    startService("external/0");
+    mMapper->replacements["legacy/0"] = {"external/0"};
+    for (int i = 0; i < 100; ++i) {
+        construct("legacy/0");
+        ASSERT_TRUE(mObject->mIsValid);
+        ASSERT_TRUE(mObject->initialize());
+        reportPresent({"device@3.2/external/1"});
+    }
+}
+
+TEST_F(LifecycleTest, TheExportedTablesStayUntouched) {
+    namespace implementation = android::hardware::camera::provider::V2_4::implementation;
+    makeConnectedObject({"external/0"});
+    mObject->setCallback(mFramework);
+    reportPresent({"device@3.2/external/1", "device@3.2/external/2"});
+    mObject->removeAndNotifyDevicesByProviderName("external/0");
+    EXPECT_THAT(implementation::gDeviceMap, IsEmpty());
+    EXPECT_FALSE(implementation::gParseFlag);
+    EXPECT_THAT(implementation::gDefaultDeviceMap, SizeIs(4));
+}
+
+using LifecycleDeathTest = LifecycleTest;
+
+TEST_F(LifecycleDeathTest, AnInstanceNameWithoutASlashEndsTheProcess) {
+    EXPECT_EXIT(
+            {
+                const MirroredLog mirror;
+                construct("legacy");
+            },
+            ::testing::ExitedWithCode(1),
+            ::testing::EndsWith(shutdownText({errorLine("FATAL: Invalid provider name legacy")})));
+}
+
+TEST_F(LifecycleDeathTest, AReplacementWithoutASlashEndsTheProcess) {
+    mMapper->replacements["legacy/0"] = {"external/0", "virtual"};
+    EXPECT_EXIT(
+            {
+                const MirroredLog mirror;
+                construct("legacy/0");
+            },
+            ::testing::ExitedWithCode(1),
+            ::testing::EndsWith(shutdownText({infoLine("Get replacement provider for legacy/0"),
+                                              errorLine("FATAL: Invalid provider name virtual")})));
+}
+
+// When the process that is about to end logged each of its last lines, and when it ended.
+std::chrono::steady_clock::time_point gShutdownStarted;
+
+void reportEnd() {
+    const auto waited = std::chrono::steady_clock::now() - gShutdownStarted;
+    const bool aboutOneSecond =
+            waited >= std::chrono::seconds(1) && waited < std::chrono::seconds(3);
+    fputs(aboutOneSecond ? "exit handlers ran after about 1 s\n" : "wrong wait\n", stderr);
+}
+
+TEST_F(LifecycleDeathTest, ShutdownWaitsASecondAndRunsTheExitHandlers) {
+    EXPECT_EXIT(
+            {
+                const MirroredLog mirror;
+                atexit(reportEnd);
+                gShutdownStarted = std::chrono::steady_clock::now();
+                Object::shutdown();
+            },
+            ::testing::ExitedWithCode(1),
+            ::testing::EndsWith(shutdownText({}) + "exit handlers ran after about 1 s\n"));
+}
+
+TEST_F(LifecycleDeathTest, ShutdownEndsTheProcessFromAnyThread) {
+    EXPECT_EXIT(
+            {
+                const MirroredLog mirror;
+                std::thread([] { Object::shutdown(); }).join();
+            },
+            ::testing::ExitedWithCode(1), ::testing::EndsWith(shutdownText({})));
+}
+
+}  // namespace
+}  // namespace orvo::test

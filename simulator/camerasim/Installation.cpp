@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+// Installation: found from the path of the running program.
+
+#include "simulator/camerasim/Installation.h"
+
+#include <unistd.h>
+
+#include <filesystem>
+#include <system_error>
+
+namespace orvo::simulator {
+
+using android::base::Error;
+using android::base::Result;
+
+Result<Installation> Installation::ofThisProgram() {
+    std::error_code failure;
+    const auto self = std::filesystem::read_symlink("/proc/self/exe", failure);
+    if (failure) {
+        return Error() << "cannot find out where this program is (" << failure.message()
+                       << "); mount /proc";
+    }
+    const auto bin = self.parent_path();
+    const auto lib = bin.parent_path() / "lib";
+    Installation found;
+    found.camerasim = self;
+    found.serviceManager = bin / "hwservicemanager";
+    found.cameraProviderService = bin / "camera_provider_service";
+    found.simulatedProvider = bin / "simulated_provider";
+    found.providerLibrary = lib / "android.hardware.camera.provider@2.4-impl-orvo.so";
+    found.mrProviderLibrary = lib / "vendor.quill.mrprovider.provider@2.4-impl.so";
+    for (const std::string& file :
+         {found.serviceManager, found.cameraProviderService, found.simulatedProvider,
+          found.providerLibrary, found.mrProviderLibrary}) {
+        if (access(file.c_str(), R_OK) != 0) {
+            return Error() << "'" << file << "' is missing; build everything first (make)";
+        }
+    }
+    return found;
+}
+
+}  // namespace orvo::simulator

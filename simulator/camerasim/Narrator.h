@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: Apache-2.0
+// Narrator: prints a guided tour: what was expected, what was seen, and whether they agree.
+
+#pragma once
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace orvo::simulator {
+
+/** Writes for a person; colour only where it is asked for. One thread. */
+class Narrator {
+  public:
+    Narrator(std::ostream& out, bool colour) : mOut(out), mColour(colour) {}
+
+    void title(const std::string& text);
+    /** Begins the next numbered step. */
+    void step(const std::string& title, const std::string& explanation);
+    /** A line of detail below the current step. */
+    void detail(const std::string& text);
+    /**
+     * One expectation of the current step; later lines of a text are indented below its first.
+     *
+     * @return `agrees`.
+     */
+    bool check(const std::string& expected, const std::string& seen, bool agrees);
+    void closing(const std::string& text, bool good);
+
+    int steps() const { return mSteps; }
+
+  private:
+    std::string painted(const char* colour, const std::string& text) const;
+
+    std::ostream& mOut;
+    const bool mColour;
+    int mSteps = 0;
+};
+
+/** "a, b, c", or `none` if there are none. */
+std::string listed(const std::vector<std::string>& words, const std::string& none = "nothing");
+
+}  // namespace orvo::simulator

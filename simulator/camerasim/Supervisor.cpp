@@ -1,0 +1,157 @@
+// SPDX-License-Identifier: Apache-2.0
+// Supervisor: one waiting thread for each child.
+
+#include "simulator/camerasim/Supervisor.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <string.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <utility>
+
+#include <android-base/unique_fd.h>
+
+#include "simulator/camerasim/CommandLine.h"
+
+namespace orvo::simulator {
+
+using android::base::ErrnoError;
+using android::base::Error;
+using android::base::Result;
+using android::base::unique_fd;
+
+namespace {
+
+/** The child's side of a fork; only what is allowed between fork and exec. Never returns. */
+[[noreturn]] void becomeProgram(const CommandLine& line, pid_t parent, int stdoutFd, int logFd) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    if (getppid() != parent) _exit(127);  // the parent ended before that took effect
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
+    // In a session of its own: a terminal's signals are for the supervisor.
+    setsid();
+    dup2(stdoutFd, STDOUT_FILENO);
+    dup2(logFd, STDERR_FILENO);
+    line.execute();
+    _exit(127);
+}
+
+std::string describeEnd(int status) {
+    if (WIFSIGNALED(status)) {
+        return std::string("ended by signal ") + std::to_string(WTERMSIG(status)) + " (" +
+               strsignal(WTERMSIG(status)) + ")";
+    }
+    return "ended with status " + std::to_string(WEXITSTATUS(status));
+}
+
+}  // namespace
+
+Supervisor::~Supervisor() {
+    stopAll();
+    std::unique_lock lock(mLock);
+    for (auto& [name, child] : mChildren) {
+        std::thread waiter = std::move(child.waiter);
+        lock.unlock();
+        waiter.join();
+        lock.lock();
+    }
+}
+
+Result<pid_t> Supervisor::start(const ProgramStart& program) {
+    const CommandLine line(program.command);
+    if (access(program.command[0].c_str(), X_OK) != 0) {
+        return ErrnoError() << "cannot run '" << program.command[0] << "'";
+    }
+    unique_fd log(open(program.logFile.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
+    if (!log.ok()) return ErrnoError() << "cannot write '" << program.logFile << "'";
+
+    std::lock_guard lock(mLock);
+    if (mStopping) return Error() << "the device is being stopped";
+    const Child* namesake = find(program.name);
+    if (namesake != nullptr && namesake->running) return Error() << program.name << " runs already";
+    const pid_t parent = getpid();
+    const pid_t pid = fork();
+    if (pid < 0) return ErrnoError() << "cannot start another process";
+    if (pid == 0) {
+        const int out = program.stdoutFd >= 0 ? program.stdoutFd : log.get();
+        becomeProgram(line, parent, out, log.get());
+    }
+    mChildren.emplace_back();
+    mChildren.back().first = program.name;
+    Child& child = mChildren.back().second;
+    child.pid = pid;
+    child.waiter = std::thread([this, started = &child] { waitForEnd(started); });
+    return pid;
+}
+
+void Supervisor::waitForEnd(Child* child) {
+    // Not reaped yet, so that the id is still this child's while others may signal it.
+    siginfo_t info;
+    TEMP_FAILURE_RETRY(waitid(P_PID, child->pid, &info, WEXITED | WNOWAIT));
+    {
+        std::lock_guard lock(mLock);
+        int status = 0;
+        TEMP_FAILURE_RETRY(waitpid(child->pid, &status, 0));
+        child->running = false;
+        child->end = describeEnd(status);
+    }
+    mChanged.notify_all();
+}
+
+const Supervisor::Child* Supervisor::find(const std::string& wanted) const {
+    const Child* newest = nullptr;
+    for (const auto& [name, child] : mChildren) {
+        if (name == wanted) newest = &child;
+    }
+    return newest;
+}
+
+bool Supervisor::isRunning(const std::string& name) const {
+    return pidOf(name).has_value();
+}
+
+std::optional<pid_t> Supervisor::pidOf(const std::string& name) const {
+    std::lock_guard lock(mLock);
+    const Child* child = find(name);
+    if (child == nullptr || !child->running) return std::nullopt;
+    return child->pid;
+}
+
+std::string Supervisor::endOf(const std::string& name) const {
+    std::lock_guard lock(mLock);
+    const Child* child = find(name);
+    return child == nullptr ? "" : child->end;
+}
+
+bool Supervisor::awaitEnd(const std::string& name, std::chrono::milliseconds patience) {
+    std::unique_lock lock(mLock);
+    const Child* child = find(name);
+    if (child == nullptr) return true;
+    return mChanged.wait_for(lock, patience, [&] { return !child->running; });
+}
+
+bool Supervisor::signal(const std::string& name, int signal) {
+    std::lock_guard lock(mLock);
+    const Child* child = find(name);
+    return child != nullptr && child->running && kill(child->pid, signal) == 0;
+}
+
+void Supervisor::stopAll(std::chrono::milliseconds patience) {
+    std::unique_lock lock(mLock);
+    mStopping = true;
+    for (auto it = mChildren.rbegin(); it != mChildren.rend(); ++it) {
+        const Child& child = it->second;
+        if (!child.running) continue;
+        kill(child.pid, SIGTERM);
+        kill(child.pid, SIGCONT);  // a stopped process hears SIGTERM only when it goes on
+        if (mChanged.wait_for(lock, patience, [&] { return !child.running; })) continue;
+        kill(child.pid, SIGKILL);
+        mChanged.wait(lock, [&] { return !child.running; });
+    }
+}
+
+}  // namespace orvo::simulator

@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+// DeviceDescription: which programs make up a simulated device, as its device.yaml says.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <android-base/result.h>
+
+namespace orvo::simulator {
+
+/** One provider process. */
+struct ProviderProgram {
+    std::string instance;     ///< such as "external/0"; the description's own instance
+    std::string description;  ///< absolute path of its YAML description
+};
+
+/** A device directory: device.yaml, a vendor tree, and the descriptions of its providers. */
+struct DeviceDescription {
+    std::string directory;  ///< absolute
+    std::string name;
+    std::vector<std::string> serviceInstances;  ///< what the camera provider service serves
+    std::vector<ProviderProgram> providers;     ///< in the order in which they are started
+
+    std::string vendorTree() const { return directory + "/vendor"; }
+
+    /**
+     * Reads `<directory>/device.yaml` and every description that it names.
+     *
+     * @return the description, or one line that says what is wrong and what to do.
+     */
+    static android::base::Result<DeviceDescription> read(const std::string& directory);
+};
+
+}  // namespace orvo::simulator

@@ -1,0 +1,125 @@
+// SPDX-License-Identifier: Apache-2.0
+// camera_framework: prints what a camera provider serves, then each status that it reports.
+
+#include <unistd.h>
+
+#include <chrono>
+#include <iostream>
+#include <string>
+
+#include <hidl/HidlTransportSupport.h>
+#include <CLI/CLI.hpp>
+
+#include "simulator/framework/FrameworkClient.h"
+#include "simulator/process/ProgramLife.h"
+
+namespace {
+
+using orvo::simulator::Answer;
+using orvo::simulator::CameraFacts;
+using orvo::simulator::FrameworkClient;
+using orvo::simulator::StatusEvent;
+
+constexpr int kBadUse = 2;
+constexpr int kProviderGone = 1;
+
+/** Notifications arrive while calls are made. */
+constexpr size_t kPoolThreads = 4;
+
+template <typename T>
+std::string heading(const Answer<T>& answer) {
+    return answer.arrived() ? toString(answer.status) : "no answer: " + answer.failure;
+}
+
+void printLists(FrameworkClient& client) {
+    const auto names = client.cameraIdList();
+    std::cout << "cameras: " << heading(names) << "\n";
+    for (const std::string& name : names.value) std::cout << "  " << name << "\n";
+    const auto torch = client.isTorchSupported();
+    std::cout << "torch: " << heading(torch) << (torch.value ? ", supported" : ", not supported")
+              << "\n";
+    const auto tags = client.vendorTags();
+    std::cout << "vendor tags: " << heading(tags) << "\n";
+    for (const auto& section : tags.value) {
+        std::cout << "  " << section.sectionName << "\n";
+        for (const auto& tag : section.tags) {
+            std::cout << "    0x" << std::hex << tag.tagId << std::dec << " " << tag.tagName << " "
+                      << toString(tag.tagType) << "\n";
+        }
+    }
+}
+
+void printCamera(FrameworkClient& client, const std::string& name) {
+    const Answer<CameraFacts> facts = client.readCamera(name);
+    std::cout << "camera " << name << ": " << heading(facts) << "\n";
+    if (!facts.ok()) return;
+    std::cout << "  resource cost: " << facts.value.resourceCost << "\n";
+    for (const std::string& other : facts.value.conflictingDevices) {
+        std::cout << "  conflicts with: " << other << "\n";
+    }
+    if (!facts.value.info.empty()) std::cout << "  " << facts.value.info << "\n";
+    for (const auto& entry : facts.value.characteristics) {
+        std::cout << "  0x" << std::hex << entry.tag << std::dec << " " << toString(entry.type)
+                  << " " << entry.toText() << "\n";
+    }
+}
+
+/** Prints each status, and each camera that has come; ends when the provider is gone. */
+int watch(FrameworkClient& client) {
+    using Device = StatusEvent::Device;
+    const auto any = [](const StatusEvent&) { return true; };
+    for (size_t next = 0;; next++) {
+        std::optional<StatusEvent> event;
+        while (!event && !client.log().isClosed()) {
+            event = client.log().waitFor(any, std::chrono::hours(1), next);
+        }
+        if (!event) break;
+        std::cout << "status: " << event->toText() << "\n";
+        if (event->is(event->cameraDeviceName, Device::PRESENT)) {
+            printCamera(client, event->cameraDeviceName);
+        }
+        std::cout.flush();
+    }
+    std::cerr << "camera_framework: the provider's process is gone\n";
+    return kProviderGone;
+}
+
+int run(const std::string& instance) {
+    auto client = FrameworkClient::connect(instance);
+    if (!client) {
+        std::cerr << "camera_framework: " << client.error().message() << "\n";
+        return kProviderGone;
+    }
+    const auto registered = (*client)->registerCallback();
+    if (!registered.ok()) {
+        std::cerr << "camera_framework: the callback was not taken: " << heading(registered)
+                  << "\n";
+        return kProviderGone;
+    }
+    printLists(**client);
+    std::cout.flush();
+    return watch(**client);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Prints what a camera provider serves, then each status, until Ctrl-C.",
+                 "camera_framework");
+    std::string instance;
+    app.add_option("INSTANCE", instance, "instance name, such as legacy/0")->required();
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError& mistake) {
+        std::cerr << "camera_framework: " << mistake.what() << "; see --help\n";
+        return kBadUse;
+    }
+    orvo::simulator::endQuietlyOnSignals();
+    android::hardware::configureRpcThreadpool(kPoolThreads, false);
+    const int status = run(instance);
+    std::cout.flush();
+    // Threads of the pool still run; ending without destructors is the only safe way out.
+    _exit(status);
+}

@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+// simulated_provider: a process that serves the cameras of one YAML description.
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include <hidl/HidlTransportSupport.h>
+#include <CLI/CLI.hpp>
+
+#include "simulator/process/ProgramLife.h"
+#include "simulator/provider/ProviderControl.h"
+#include "simulator/provider/SimulatedProvider.h"
+
+namespace {
+
+using android::OK;
+using android::sp;
+using orvo::simulator::ProviderControl;
+using orvo::simulator::ProviderDescription;
+using orvo::simulator::SimulatedCameras;
+using orvo::simulator::SimulatedProvider;
+
+constexpr int kBadUse = 2;
+constexpr int kNotRegistered = 1;
+
+/** Listeners call back, and a person's request must get through while they do. */
+constexpr size_t kPoolThreads = 8;
+
+int serve(const ProviderDescription& description) {
+    android::hardware::configureRpcThreadpool(kPoolThreads, false);
+    const auto cameras = std::make_shared<SimulatedCameras>(description);
+    // The control first: who sees the provider can rely on its control.
+    const sp<ProviderControl> control = new ProviderControl(cameras);
+    const sp<SimulatedProvider> provider = new SimulatedProvider(cameras);
+    if (control->registerAsService(description.instance) != OK ||
+        provider->registerAsService(description.instance) != OK) {
+        std::cerr << "simulated_provider: " << description.instance
+                  << " cannot be registered; start it inside a running device\n";
+        return kNotRegistered;
+    }
+    orvo::simulator::announceReady();
+    const sigset_t signals = orvo::simulator::endingSignals();
+    int signal = 0;
+    sigwait(&signals, &signal);
+    return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app("Serves the cameras of a YAML description as one camera provider process.",
+                 "simulated_provider");
+    std::string file;
+    app.add_option("DESCRIPTION", file, "YAML description of the provider")->required();
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& help) {
+        return app.exit(help);
+    } catch (const CLI::ParseError& mistake) {
+        std::cerr << "simulated_provider: " << mistake.what() << "; see --help\n";
+        return kBadUse;
+    }
+    const auto description = ProviderDescription::read(file);
+    if (!description) {
+        std::cerr << "simulated_provider: " << description.error().message() << "\n";
+        return kBadUse;
+    }
+    // Before there is a second thread, so that main alone hears of them.
+    orvo::simulator::blockEndingSignals();
+    const int status = serve(*description);
+    // Threads of the pool still run; ending without destructors is the only safe way out.
+    std::cerr.flush();
+    _exit(status);
+}

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: Apache-2.0
+// SimulatedDeviceV1: device interface 1.0 over the simulation's state.
+
+#include "simulator/provider/SimulatedDeviceV1.h"
+
+#include <utility>
+
+#include "simulator/provider/DeviceDump.h"
+
+namespace orvo::simulator {
+
+using android::sp;
+using android::hardware::hidl_vec;
+using android::hardware::Return;
+using android::hardware::Void;
+using android::hardware::camera::common::V1_0::CameraResourceCost;
+using android::hardware::camera::device::V1_0::CameraFacing;
+using android::hardware::camera::device::V1_0::CameraInfo;
+using vendor::orvo::simulator::V1_0::Operation;
+
+namespace {
+
+CameraFacing platformFacing(Facing facing) {
+    switch (facing) {
+        case Facing::BACK:
+            return CameraFacing::BACK;
+        case Facing::FRONT:
+            return CameraFacing::FRONT;
+        case Facing::EXTERNAL:
+            return CameraFacing::EXTERNAL;
+    }
+    return CameraFacing::BACK;
+}
+
+}  // namespace
+
+SimulatedDeviceV1::SimulatedDeviceV1(std::shared_ptr<SimulatedCameras> cameras, std::string name,
+                                     uint64_t plug)
+    : mCameras(std::move(cameras)), mName(std::move(name)), mPlug(plug) {}
+
+SimulatedDeviceV1::~SimulatedDeviceV1() {
+    if (mOpen) mCameras->close(mName, mPlug);
+}
+
+SimulatedDeviceV1::Status SimulatedDeviceV1::whileOpen(Status status) const {
+    if (mCameras->checkPlugged(mName, mPlug) != Status::OK) return Status::INTERNAL_ERROR;
+    std::lock_guard lock(mLock);
+    return mOpen ? status : Status::INTERNAL_ERROR;
+}
+
+Return<void> SimulatedDeviceV1::getResourceCost(getResourceCost_cb _hidl_cb) {
+    const auto scripted = mCameras->script().onCall(Operation::DEVICE_GET_RESOURCE_COST);
+    const Status status = scripted ? scripted->status : mCameras->checkPlugged(mName, mPlug);
+    CameraResourceCost cost{};
+    if (scripted ? scripted->withData : status == Status::OK) {
+        const CameraDescription& camera = mCameras->describe(mName);
+        cost.resourceCost = camera.resourceCost;
+        cost.conflictingDevices =
+                hidl_vec<hidl_string>(camera.conflicts.begin(), camera.conflicts.end());
+    }
+    _hidl_cb(status, cost);
+    return Void();
+}
+
+Return<void> SimulatedDeviceV1::getCameraInfo(getCameraInfo_cb _hidl_cb) {
+    const auto scripted = mCameras->script().onCall(Operation::DEVICE_GET_CHARACTERISTICS);
+    const Status status = scripted ? scripted->status : mCameras->checkPlugged(mName, mPlug);
+    CameraInfo info{};
+    if (scripted ? scripted->withData : status == Status::OK) {
+        const CameraDescription& camera = mCameras->describe(mName);
+        info.facing = platformFacing(camera.facing);
+        info.orientation = camera.orientation;
+    }
+    _hidl_cb(status, info);
+    return Void();
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::setTorchMode(TorchMode mode) {
+    const auto scripted = mCameras->script().onCall(Operation::DEVICE_SET_TORCH_MODE);
+    if (scripted && !scripted->withData) return scripted->status;
+    if (mode != TorchMode::OFF && mode != TorchMode::ON) {
+        return scripted ? scripted->status : Status::ILLEGAL_ARGUMENT;
+    }
+    const Status status = mCameras->setTorchMode(mName, mPlug, mode == TorchMode::ON);
+    return scripted ? scripted->status : status;
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::dumpState(const hidl_handle& fd) {
+    const auto scripted = mCameras->script().onCall(Operation::DEVICE_DUMP_STATE);
+    if (scripted && !scripted->withData) return scripted->status;
+    const Status status =
+            writeDump(fd, mCameras->dump(mName)) ? Status::OK : Status::ILLEGAL_ARGUMENT;
+    return scripted ? scripted->status : status;
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::open(const sp<Callback>& callback) {
+    const auto scripted = mCameras->script().onCall(Operation::DEVICE_OPEN);
+    if (scripted && !scripted->withData) return scripted->status;
+    if (callback == nullptr) return scripted ? scripted->status : Status::ILLEGAL_ARGUMENT;
+    const Status status = mCameras->open(mName, mPlug);
+    if (status == Status::OK) {
+        std::lock_guard lock(mLock);
+        mOpen = true;
+        mMessageTypes = 0;
+    }
+    return scripted ? scripted->status : status;
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::setPreviewWindow(const sp<PreviewCallback>&) {
+    return whileOpen(Status::OPERATION_NOT_SUPPORTED);
+}
+
+Return<void> SimulatedDeviceV1::enableMsgType(uint32_t msgType) {
+    std::lock_guard lock(mLock);
+    mMessageTypes |= msgType;
+    return Void();
+}
+
+Return<void> SimulatedDeviceV1::disableMsgType(uint32_t msgType) {
+    std::lock_guard lock(mLock);
+    mMessageTypes &= ~msgType;
+    return Void();
+}
+
+Return<bool> SimulatedDeviceV1::msgTypeEnabled(uint32_t msgType) {
+    std::lock_guard lock(mLock);
+    return (mMessageTypes & msgType) != 0;
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::startPreview() {
+    return whileOpen(Status::OPERATION_NOT_SUPPORTED);
+}
+
+Return<void> SimulatedDeviceV1::stopPreview() {
+    return Void();
+}
+
+Return<bool> SimulatedDeviceV1::previewEnabled() {
+    return false;
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::storeMetaDataInBuffers(bool) {
+    return whileOpen(Status::OPERATION_NOT_SUPPORTED);
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::startRecording() {
+    return whileOpen(Status::OPERATION_NOT_SUPPORTED);
+}
+
+Return<void> SimulatedDeviceV1::stopRecording() {
+    return Void();
+}
+
+Return<bool> SimulatedDeviceV1::recordingEnabled() {
+    return false;
+}
+
+// No frame was ever handed out, so there is none to take back.
+Return<void> SimulatedDeviceV1::releaseRecordingFrame(uint32_t, uint32_t) {
+    return Void();
+}
+
+Return<void> SimulatedDeviceV1::releaseRecordingFrameHandle(uint32_t, uint32_t,
+                                                            const hidl_handle&) {
+    return Void();
+}
+
+Return<void> SimulatedDeviceV1::releaseRecordingFrameHandleBatch(
+        const hidl_vec<VideoFrameMessage>&) {
+    return Void();
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::autoFocus() {
+    return whileOpen(Status::OPERATION_NOT_SUPPORTED);
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::cancelAutoFocus() {
+    return whileOpen(Status::OK);
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::takePicture() {
+    return whileOpen(Status::OPERATION_NOT_SUPPORTED);
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::cancelPicture() {
+    return whileOpen(Status::OK);
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::setParameters(const hidl_string& params) {
+    const Status status = whileOpen(Status::OK);
+    if (status != Status::OK) return status;
+    std::lock_guard lock(mLock);
+    mParameters = params;
+    return Status::OK;
+}
+
+Return<void> SimulatedDeviceV1::getParameters(getParameters_cb _hidl_cb) {
+    std::string parameters;
+    {
+        std::lock_guard lock(mLock);
+        parameters = mParameters;
+    }
+    _hidl_cb(parameters);
+    return Void();
+}
+
+Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::sendCommand(CommandType, int32_t, int32_t) {
+    return whileOpen(Status::OPERATION_NOT_SUPPORTED);
+}
+
+Return<void> SimulatedDeviceV1::close() {
+    {
+        std::lock_guard lock(mLock);
+        if (!mOpen) return Void();
+        mOpen = false;
+    }
+    mCameras->close(mName, mPlug);
+    return Void();
+}
+
+}  // namespace orvo::simulator

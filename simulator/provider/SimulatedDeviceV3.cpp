@@ -1,0 +1,150 @@
+// SPDX-License-Identifier: Apache-2.0
+// SimulatedDeviceV3: device interface 3.2 over the simulation's state.
+
+#define LOG_TAG "SimulatedProvider"
+
+#include "simulator/provider/SimulatedDeviceV3.h"
+
+#include <utility>
+
+#include <log/log.h>
+
+#include "simulator/provider/DeviceDump.h"
+
+namespace orvo::simulator {
+
+using android::sp;
+using android::hardware::hidl_handle;
+using android::hardware::hidl_string;
+using android::hardware::hidl_vec;
+using android::hardware::MQDescriptorSync;
+using android::hardware::Return;
+using android::hardware::Void;
+using android::hardware::camera::common::V1_0::CameraResourceCost;
+using android::hardware::camera::device::V3_2::CameraMetadata;
+using android::hardware::camera::device::V3_2::HalStreamConfiguration;
+using vendor::orvo::simulator::V1_0::Operation;
+
+SimulatedDeviceV3::SimulatedDeviceV3(std::shared_ptr<SimulatedCameras> cameras, std::string name,
+                                     uint64_t plug)
+    : mCameras(std::move(cameras)), mName(std::move(name)), mPlug(plug) {}
+
+Return<void> SimulatedDeviceV3::getResourceCost(getResourceCost_cb _hidl_cb) {
+    const auto scripted = mCameras->script().onCall(Operation::DEVICE_GET_RESOURCE_COST);
+    const Status status = scripted ? scripted->status : mCameras->checkPlugged(mName, mPlug);
+    CameraResourceCost cost{};
+    if (scripted ? scripted->withData : status == Status::OK) {
+        const CameraDescription& camera = mCameras->describe(mName);
+        cost.resourceCost = camera.resourceCost;
+        cost.conflictingDevices =
+                hidl_vec<hidl_string>(camera.conflicts.begin(), camera.conflicts.end());
+    }
+    _hidl_cb(status, cost);
+    return Void();
+}
+
+Return<void> SimulatedDeviceV3::getCameraCharacteristics(getCameraCharacteristics_cb _hidl_cb) {
+    const auto scripted = mCameras->script().onCall(Operation::DEVICE_GET_CHARACTERISTICS);
+    const Status status = scripted ? scripted->status : mCameras->checkPlugged(mName, mPlug);
+    CameraMetadata characteristics;
+    if (scripted ? scripted->withData : status == Status::OK) {
+        characteristics = mCameras->describe(mName).characteristics;
+    }
+    _hidl_cb(status, characteristics);
+    return Void();
+}
+
+Return<SimulatedDeviceV3::Status> SimulatedDeviceV3::setTorchMode(TorchMode mode) {
+    const auto scripted = mCameras->script().onCall(Operation::DEVICE_SET_TORCH_MODE);
+    if (scripted && !scripted->withData) return scripted->status;
+    if (mode != TorchMode::OFF && mode != TorchMode::ON) {
+        return scripted ? scripted->status : Status::ILLEGAL_ARGUMENT;
+    }
+    const Status status = mCameras->setTorchMode(mName, mPlug, mode == TorchMode::ON);
+    return scripted ? scripted->status : status;
+}
+
+Return<void> SimulatedDeviceV3::open(const sp<Callback>& callback, open_cb _hidl_cb) {
+    const auto scripted = mCameras->script().onCall(Operation::DEVICE_OPEN);
+    if (scripted && !scripted->withData) {
+        _hidl_cb(scripted->status, nullptr);
+        return Void();
+    }
+    Status status = Status::ILLEGAL_ARGUMENT;
+    sp<SimulatedSession> session;
+    if (callback != nullptr) status = mCameras->open(mName, mPlug);
+    if (status == Status::OK) session = new SimulatedSession(mCameras, mName, mPlug);
+    _hidl_cb(scripted ? scripted->status : status, session);
+    return Void();
+}
+
+Return<void> SimulatedDeviceV3::dumpState(const hidl_handle& fd) {
+    // Counted, but it has no status that could be scripted.
+    mCameras->script().onCall(Operation::DEVICE_DUMP_STATE);
+    if (!writeDump(fd, mCameras->dump(mName))) ALOGW("The state of %s went nowhere", mName.c_str());
+    return Void();
+}
+
+SimulatedSession::SimulatedSession(std::shared_ptr<SimulatedCameras> cameras, std::string name,
+                                   uint64_t plug)
+    : mCameras(std::move(cameras)), mName(std::move(name)), mPlug(plug) {}
+
+SimulatedSession::~SimulatedSession() {
+    if (!mClosed) mCameras->close(mName, mPlug);
+}
+
+SimulatedSession::Status SimulatedSession::unlessClosed(Status status) const {
+    if (mCameras->checkPlugged(mName, mPlug) != Status::OK) return Status::INTERNAL_ERROR;
+    std::lock_guard lock(mLock);
+    return mClosed ? Status::INTERNAL_ERROR : status;
+}
+
+Return<void> SimulatedSession::constructDefaultRequestSettings(
+        RequestTemplate, constructDefaultRequestSettings_cb _hidl_cb) {
+    // No template is supported, which is what ILLEGAL_ARGUMENT says.
+    _hidl_cb(unlessClosed(Status::ILLEGAL_ARGUMENT), CameraMetadata());
+    return Void();
+}
+
+Return<void> SimulatedSession::configureStreams(const StreamConfiguration&,
+                                                configureStreams_cb _hidl_cb) {
+    // No combination of streams is supported.
+    _hidl_cb(unlessClosed(Status::ILLEGAL_ARGUMENT), HalStreamConfiguration());
+    return Void();
+}
+
+Return<void> SimulatedSession::processCaptureRequest(const hidl_vec<CaptureRequest>&,
+                                                     const hidl_vec<BufferCache>&,
+                                                     processCaptureRequest_cb _hidl_cb) {
+    // Every request names streams, and none was ever configured.
+    _hidl_cb(unlessClosed(Status::ILLEGAL_ARGUMENT), 0);
+    return Void();
+}
+
+Return<void> SimulatedSession::getCaptureRequestMetadataQueue(
+        getCaptureRequestMetadataQueue_cb _hidl_cb) {
+    _hidl_cb(MQDescriptorSync<uint8_t>());  // no queue: settings travel in the call
+    return Void();
+}
+
+Return<void> SimulatedSession::getCaptureResultMetadataQueue(
+        getCaptureResultMetadataQueue_cb _hidl_cb) {
+    _hidl_cb(MQDescriptorSync<uint8_t>());
+    return Void();
+}
+
+Return<SimulatedSession::Status> SimulatedSession::flush() {
+    return unlessClosed(Status::OK);
+}
+
+Return<void> SimulatedSession::close() {
+    {
+        std::lock_guard lock(mLock);
+        if (mClosed) return Void();
+        mClosed = true;
+    }
+    mCameras->close(mName, mPlug);
+    return Void();
+}
+
+}  // namespace orvo::simulator

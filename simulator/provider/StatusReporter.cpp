@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+// StatusReporter: one queue, one thread, one listener.
+
+#define LOG_TAG "SimulatedProvider"
+
+#include "simulator/provider/StatusReporter.h"
+
+#include <utility>
+
+#include <log/log.h>
+
+namespace orvo::simulator {
+
+using android::sp;
+using android::wp;
+using android::hardware::Return;
+using android::hardware::camera::common::V1_0::CameraDeviceStatus;
+using android::hardware::camera::common::V1_0::TorchModeStatus;
+
+StatusReporter::Link::Link(StatusReporter* reporter, const sp<Listener>& listener)
+    : listener(listener), mReporter(reporter) {}
+
+void StatusReporter::Link::serviceDied(uint64_t, const wp<android::hidl::base::V1_0::IBase>&) {
+    std::lock_guard lock(mLock);
+    if (mReporter != nullptr) mReporter->drop(this);
+}
+
+void StatusReporter::Link::detach() {
+    std::lock_guard lock(mLock);
+    mReporter = nullptr;
+}
+
+StatusReporter::StatusReporter() : mThread([this] { deliverUntilStopped(); }) {}
+
+StatusReporter::~StatusReporter() {
+    sp<Link> link;
+    {
+        std::lock_guard lock(mLock);
+        mStopped = true;
+        link = std::exchange(mLink, nullptr);
+    }
+    unlink(link);
+    mChanged.notify_all();
+    mThread.join();
+}
+
+sp<StatusReporter::Link> StatusReporter::link(const sp<Listener>& listener) {
+    sp<Link> link = new Link(this, listener);
+    const Return<bool> linked = listener->linkToDeath(link, 0);
+    return linked.isOk() && linked ? link : nullptr;
+}
+
+sp<StatusReporter::Link> StatusReporter::replaceListener(const sp<Link>& link,
+                                                         std::vector<StatusReport> initial) {
+    sp<Link> before;
+    {
+        std::lock_guard lock(mLock);
+        before = std::exchange(mLink, link);
+        mDone += mQueue.size();
+        mQueue.assign(initial.begin(), initial.end());
+        mAccepted += mQueue.size();
+    }
+    mChanged.notify_all();
+    return before;
+}
+
+void StatusReporter::unlink(const sp<Link>& link) {
+    if (link == nullptr) return;
+    link->detach();
+    // It may have died meanwhile; then there is nothing to unlink.
+    if (!link->listener->unlinkToDeath(link).isOk()) ALOGI("The listener before is gone");
+}
+
+void StatusReporter::report(StatusReport report) {
+    {
+        std::lock_guard lock(mLock);
+        if (mLink == nullptr) return;
+        mQueue.push_back(std::move(report));
+        mAccepted++;
+    }
+    mChanged.notify_all();
+}
+
+bool StatusReporter::settle(std::chrono::milliseconds timeout) {
+    std::unique_lock lock(mLock);
+    const uint64_t target = mAccepted;
+    return mChanged.wait_for(lock, timeout, [&] { return mDone >= target; });
+}
+
+bool StatusReporter::hasListener() const {
+    std::lock_guard lock(mLock);
+    return mLink != nullptr;
+}
+
+void StatusReporter::deliverUntilStopped() {
+    std::unique_lock lock(mLock);
+    for (;;) {
+        mChanged.wait(lock, [&] { return mStopped || !mQueue.empty(); });
+        if (mStopped) return;
+        const StatusReport report = std::move(mQueue.front());
+        mQueue.pop_front();
+        const sp<Link> link = mLink;
+
+        lock.unlock();
+        deliver(link->listener, report);
+        lock.lock();
+
+        mDone++;
+        mChanged.notify_all();
+    }
+}
+
+void StatusReporter::deliver(const sp<Listener>& listener, const StatusReport& report) {
+    const Return<void> result = std::visit(
+            [&](auto status) {
+                if constexpr (std::is_same_v<decltype(status), CameraDeviceStatus>) {
+                    return listener->cameraDeviceStatusChange(report.cameraDeviceName, status);
+                } else {
+                    return listener->torchModeStatusChange(report.cameraDeviceName, status);
+                }
+            },
+            report.status);
+    if (result.isOk()) return;
+    // It stays registered until its own death: what failed may lie behind it.
+    ALOGW("The listener did not take the report on %s: %s", report.cameraDeviceName.c_str(),
+          result.description().c_str());
+}
+
+void StatusReporter::drop(const Link* link) {
+    sp<Link> dropped;  // released after the lock: the listener's destructor may run here
+    {
+        std::lock_guard lock(mLock);
+        if (mLink == nullptr || mLink.get() != link) return;
+        ALOGI("The listener is gone; nobody is told of changes until a new one registers");
+        dropped = std::exchange(mLink, nullptr);
+        mDone += mQueue.size();
+        mQueue.clear();
+    }
+    mChanged.notify_all();
+}
+
+}  // namespace orvo::simulator

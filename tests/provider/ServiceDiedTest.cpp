@@ -371,6 +371,8 @@ void forbidThreads() {
 TEST_F(ServiceDiedDeathTest, AThreadThatCannotBeStartedLeavesTheStandardLibrarysError) {
     if (kSanitized) GTEST_SKIP() << "a sanitizer cannot live within the limit";
     connect({"external/0"});
+    ASSERT_EQ(mObject->setCallback(mFramework), Status::OK);
+    reportPresent({"device@3.2/external/1"});
     EXPECT_EXIT(
             {
                 const MirroredLog mirror;
@@ -385,7 +387,10 @@ TEST_F(ServiceDiedDeathTest, AThreadThatCannotBeStartedLeavesTheStandardLibrarys
                 _exit(3);
             },
             ::testing::ExitedWithCode(0),
-            ::testing::EndsWith(MirroredLog::text({diedLine("external/0")}) + "system error\n"));
+            ::testing::EndsWith(
+                    MirroredLog::text({diedLine("external/0"), withdrawnLine(1, 1, "external")}) +
+                    "system error\n"))
+            << "the cameras are withdrawn before the thread is started";
 }
 
 }  // namespace

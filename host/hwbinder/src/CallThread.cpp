@@ -102,12 +102,12 @@ Reply CallThread::await(Pending& pending) {
         if (!mNested.empty()) {
             Job job = std::move(mNested.front());
             mNested.pop_front();
-            mWaiting--;
             lock.unlock();
+            // Still one that waits: a nested call is answered before it ends, and the next one
+            // may be here already.
             job();
             job = nullptr;
             lock.lock();
-            mWaiting++;
             continue;
         }
         if (pending.mReply) break;

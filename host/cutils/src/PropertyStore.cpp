@@ -23,19 +23,31 @@ constexpr size_t kLargestStoreBytes = 256u << 20;
 // One for every read that is under way at one moment in any process.
 constexpr unsigned int kMostReaders = 1024;
 
+/**
+ * Whether something has been committed that the reader does not see. A writer puts its last page in
+ * place and then says so; one that is killed in between has committed, and readers go on reading
+ * what was there before.
+ */
+bool isBehind(MDB_env* environment, MDB_txn* reader) {
+    MDB_envinfo info;
+    return mdb_env_info(environment, &info) == 0 && info.me_last_txnid > mdb_txn_id(reader);
+}
+
 /** A transaction that is given up unless it is committed. */
 class Transaction {
   public:
     Transaction(MDB_env* environment, unsigned int flags) {
-        mResult = mdb_txn_begin(environment, nullptr, flags, &mTransaction);
-        if (mResult != MDB_READERS_FULL) return;
-        // Killed readers keep their slots until somebody looks.
-        mdb_reader_check(environment, nullptr);
-        mResult = mdb_txn_begin(environment, nullptr, flags, &mTransaction);
+        begin(environment, flags);
+        if ((flags & MDB_RDONLY) == 0 || mResult != 0 || !isBehind(environment, mTransaction)) {
+            return;
+        }
+        giveUp();
+        // Whoever takes the lock of a killed writer says what that one could not say any more; a
+        // living writer is waited for.
+        { Transaction writer(environment, 0); }
+        begin(environment, flags);
     }
-    ~Transaction() {
-        if (mTransaction != nullptr) mdb_txn_abort(mTransaction);
-    }
+    ~Transaction() { giveUp(); }
     Transaction(const Transaction&) = delete;
     Transaction& operator=(const Transaction&) = delete;
 
@@ -45,6 +57,17 @@ class Transaction {
     int commit() { return mdb_txn_commit(std::exchange(mTransaction, nullptr)); }
 
   private:
+    void begin(MDB_env* environment, unsigned int flags) {
+        mResult = mdb_txn_begin(environment, nullptr, flags, &mTransaction);
+        if (mResult != MDB_READERS_FULL) return;
+        // Killed readers keep their slots until somebody looks.
+        mdb_reader_check(environment, nullptr);
+        mResult = mdb_txn_begin(environment, nullptr, flags, &mTransaction);
+    }
+    void giveUp() {
+        if (mTransaction != nullptr) mdb_txn_abort(std::exchange(mTransaction, nullptr));
+    }
+
     MDB_txn* mTransaction = nullptr;
     int mResult;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // The property store between processes: shared, whole, and proof against killed writers.
 
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -105,6 +106,14 @@ TEST_F(PropertyProcessTest, AKilledWriterLeavesAUsableStore) {
         ASSERT_EQ("after both", get("mark"));
         ASSERT_TRUE(isWhole(get("shared")));
     }
+}
+
+TEST_F(PropertyProcessTest, WhatAWriterCommittedBeforeItWasKilledIsReadAtOnce) {
+    ASSERT_EQ(0, property_set("camera.legacy.ids", "0"));
+    EXPECT_EQ(128 + SIGKILL, start({"set-and-die", "camera.legacy.ids", "0, 1"})->wait());
+    EXPECT_EQ("0, 1", get("camera.legacy.ids"));
+    auto reader = start({"get", "camera.legacy.ids"});
+    EXPECT_EQ("0, 1", reader->readLine());
 }
 
 TEST_F(PropertyProcessTest, AForkedChildUsesTheStoreToo) {

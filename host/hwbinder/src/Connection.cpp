@@ -24,22 +24,25 @@ capnp::ReaderOptions readerOptions() {
     return options;
 }
 
+wire::Process::Client remoteProcessOf(capnp::RpcSystem<capnp::rpc::twoparty::VatId>& rpc,
+                                      capnp::rpc::twoparty::Side side) {
+    capnp::MallocMessageBuilder message(4);
+    auto otherSide = message.initRoot<capnp::rpc::twoparty::VatId>();
+    otherSide.setSide(side);
+    return rpc.bootstrap(otherSide).castAs<wire::Process>();
+}
+
 }  // namespace
 
 Connection::Connection(Endpoint& endpoint, kj::Own<kj::AsyncCapabilityStream> stream, bool accepted,
                        std::shared_ptr<Peer> otherEnd)
     : peer(std::move(otherEnd)),
-      mAccepted(accepted),
       mStream(kj::mv(stream)),
       mNetwork(*mStream, ParcelContents::kMaxDescriptors, sideOf(accepted), readerOptions()),
-      mRpc(capnp::makeRpcServer(mNetwork, kj::heap<ProcessServer>(endpoint, *this))) {}
-
-wire::Process::Client Connection::remoteProcess() {
-    capnp::MallocMessageBuilder message(4);
-    auto otherSide = message.initRoot<capnp::rpc::twoparty::VatId>();
-    otherSide.setSide(sideOf(!mAccepted));
-    return mRpc.bootstrap(otherSide).castAs<wire::Process>();
-}
+      mRpc(capnp::makeRpcServer(mNetwork, kj::heap<ProcessServer>(endpoint, *this))),
+      // Asked for once, and at once: asked for after the connection has broken, the RPC system
+      // would begin anew on a stream that takes nothing any more, which ends the process.
+      mRemoteProcess(remoteProcessOf(mRpc, sideOf(!accepted))) {}
 
 kj::Promise<void> ProcessServer::introduce(IntroduceContext context) {
     const std::string address = context.getParams().getAddress().cStr();

@@ -28,15 +28,16 @@ class Connection : public kj::Refcounted {
     /** The other end's objects that are known by way of this connection. */
     std::set<RemoteObject*> objects;
 
-    wire::Process::Client remoteProcess();
+    /** What the other end offers first. Once the connection is broken, calls on it fail. */
+    wire::Process::Client remoteProcess() { return mRemoteProcess; }
     kj::Promise<void> onDisconnect() { return mNetwork.onDisconnect(); }
 
   private:
-    const bool mAccepted;
     // In the order in which they use each other, so that they go in the reverse order.
     kj::Own<kj::AsyncCapabilityStream> mStream;
     capnp::TwoPartyVatNetwork mNetwork;
     capnp::RpcSystem<capnp::rpc::twoparty::VatId> mRpc;
+    wire::Process::Client mRemoteProcess;
 };
 
 /** What a connection offers first. */

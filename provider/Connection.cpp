@@ -22,10 +22,10 @@ bool OrvoCameraServiceImplementation::initializeProviderService(const HALDescrip
         return false;
     }
 
+    // A death, or another reconnection, may change the descriptor at any moment; this one stays.
+    const sp<ICameraProvider> provider = mServiceProxy->getService(name);
     // Stored before it is checked on purpose: a failed look-up also drops an earlier connection.
-    descriptor->mProvider = mServiceProxy->getService(name);
-    // From the link on, a death may clear the descriptor at any moment; this reference stays.
-    const sp<ICameraProvider> provider = descriptor->mProvider;
+    descriptor->mProvider = provider;
     if (provider == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to get service %s", name.c_str());
         return false;

@@ -3,6 +3,8 @@
 
 #include "simulator/description/DescriptionReader.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
@@ -15,17 +17,11 @@
 #include <android-base/file.h>
 #include <android-base/strings.h>
 
+#include "simulator/description/OneLine.h"
+
 namespace orvo::simulator {
 
 namespace {
-
-/** yaml-cpp leaves a line break or two in what it quotes. */
-std::string onOneLine(std::string text) {
-    for (char& c : text) {
-        if (c == '\n' || c == '\r') c = ' ';
-    }
-    return text;
-}
 
 std::string joined(const std::vector<std::string>& words) {
     return android::base::Join(words, ", ");
@@ -47,6 +43,12 @@ bool parseInteger(const std::string& text, int64_t* value) {
 DescriptionReader::DescriptionReader(std::string file) : mFile(std::move(file)) {}
 
 YAML::Node DescriptionReader::load() {
+    struct stat info;
+    if (stat(mFile.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
+        // A device or a pipe may have no end.
+        mError = mFile + ": is not a file; give one with a description";
+        return YAML::Node(YAML::NodeType::Undefined);
+    }
     std::string content;
     if (!android::base::ReadFileToString(mFile, &content)) {
         mError = mFile + ": cannot be read (" + strerror(errno) + "); give a file that is there";

@@ -141,7 +141,8 @@ std::vector<uint8_t> packMetadata(std::vector<MetadataEntry> entries) {
         next.count = static_cast<uint32_t>(entry.count());
         next.type = static_cast<uint8_t>(entry.type);
         if (entry.bytes.size() <= kInlineBytes) {
-            memcpy(&next.valueOrOffset, entry.bytes.data(), entry.bytes.size());
+            std::copy(entry.bytes.begin(), entry.bytes.end(),
+                      reinterpret_cast<uint8_t*>(&next.valueOrOffset));
         } else {
             next.valueOrOffset = static_cast<uint32_t>(values.size());
             values.insert(values.end(), entry.bytes.begin(), entry.bytes.end());

@@ -25,6 +25,9 @@ class ProviderMap {
     /** The names behind the instance, sorted, each once: the order in which they are asked. */
     std::vector<std::string> behind(const std::string& instance) const;
 
+    /** Every entry in the order of the file: the instance, what stands behind it. */
+    const std::vector<std::pair<std::string, std::string>>& entries() const { return mEntries; }
+
   private:
     std::vector<std::pair<std::string, std::string>> mEntries;  ///< instance, what replaces it
 };

@@ -51,6 +51,14 @@ TEST(MetadataBufferTest, NoEntriesMakeABufferToo) {
     EXPECT_TRUE(entries->empty());
 }
 
+TEST(MetadataBufferTest, AnEntryWithoutValuesComesBackWithoutThem) {
+    const auto buffer = packMetadata({{3, CameraMetadataType::BYTE, {}}});
+    const auto entries = unpackMetadata(buffer.data(), buffer.size());
+    ASSERT_TRUE(entries.has_value());
+    ASSERT_EQ(1u, entries->size());
+    EXPECT_EQ(0u, (*entries)[0].count());
+}
+
 TEST(MetadataBufferTest, ATruncatedBufferIsNone) {
     const auto buffer = sample();
     for (size_t size = 0; size < buffer.size(); size++) {

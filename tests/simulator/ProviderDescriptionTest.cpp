@@ -118,6 +118,12 @@ TEST_F(ProviderDescriptionTest, AMissingFileIsNamed) {
             result.error().message());
 }
 
+TEST_F(ProviderDescriptionTest, AFileThatMayHaveNoEndIsNotRead) {
+    const auto result = ProviderDescription::read("/dev/zero");
+    ASSERT_FALSE(result.has_value());
+    EXPECT_EQ("/dev/zero: is not a file; give one with a description", result.error().message());
+}
+
 TEST_F(ProviderDescriptionTest, TextThatIsNoYamlIsRefusedAtItsLine) {
     const auto result = read("instance: external/0\ncameras: [\n  }\n");
     ASSERT_FALSE(result.has_value());

@@ -180,6 +180,7 @@ status_t Parcel::writeObject(ParcelObject object, size_t* number) {
 status_t Parcel::read(void* outData, size_t len) const {
     if (len > static_cast<size_t>(INT32_MAX)) return BAD_VALUE;
     if (padded(len) > dataAvail()) return NOT_ENOUGH_DATA;
+    if (len == 0) return OK;
     memcpy(outData, data() + mPosition, len);
     mPosition += padded(len);
     return OK;
@@ -272,6 +273,7 @@ status_t Parcel::writeCString(const char* str) {
 }
 
 const char* Parcel::readCString() const {
+    if (dataAvail() == 0) return nullptr;
     const auto* start = reinterpret_cast<const char*>(data() + mPosition);
     const auto* end = static_cast<const char*>(memchr(start, 0, dataAvail()));
     if (end == nullptr || padded(end - start + 1) > dataAvail()) return nullptr;

@@ -27,6 +27,13 @@ std::string textOf(const pugi::xml_node& node) {
     return std::string(trimmed(node.text().get()));
 }
 
+/** A file may have line breaks where it is quoted; the error stays one line. */
+std::string onOneLine(std::string text) {
+    std::replace_if(
+            text.begin(), text.end(), [](unsigned char c) { return c < ' '; }, ' ');
+    return text;
+}
+
 /** Reads one file. Every read... answers false after it has written the error line. */
 class Reader {
   public:
@@ -170,7 +177,7 @@ class Reader {
         const auto line = 1 + std::count(mText.begin(), mText.begin() + end, '\n');
         const size_t lineStart = end == 0 ? 0 : mText.rfind('\n', end - 1) + 1;
         *mError = mName + ":" + std::to_string(line) + ":" + std::to_string(end - lineStart + 1) +
-                  ": " + problem;
+                  ": " + onOneLine(problem);
         return false;
     }
 

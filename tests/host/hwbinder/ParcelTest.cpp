@@ -88,6 +88,15 @@ TEST(ParcelTest, ReadingPastTheEndGivesNotEnoughData) {
     EXPECT_EQ(NOT_ENOUGH_DATA, parcel.readInt32(&small));
 }
 
+TEST(ParcelTest, AnEmptyParcelHasNoStringAndNothingToRead) {
+    const Parcel parcel;
+    EXPECT_EQ(nullptr, parcel.readCString());
+    EXPECT_FALSE(parcel.enforceInterface(""));
+    char byte;
+    EXPECT_EQ(OK, parcel.read(&byte, 0));
+    EXPECT_EQ(NOT_ENOUGH_DATA, parcel.read(&byte, 1));
+}
+
 TEST(ParcelTest, OnlyTheSameInterfaceTokenIsAccepted) {
     Parcel parcel;
     parcel.writeInterfaceToken("a.b@1.0::IFoo");

@@ -224,6 +224,11 @@ TEST(MalformedManifestTest, OneInstanceHasOneTransport) {
               errorOf(twice));
 }
 
+TEST(MalformedManifestTest, AnErrorThatQuotesLineBreaksIsStillOneLine) {
+    EXPECT_EQ("m.xml:3:2: \"a b\" is no instance; <fqname> is one such as @2.4::IFoo/default",
+              errorOf(halOf("<fqname>a\nb</fqname>")));
+}
+
 class ManifestFilesTest : public ::testing::Test {
   protected:
     void write(const std::string& file, const std::string& text) {

@@ -18,6 +18,10 @@ foreach(library utils log cutils base)
     INTERFACE_SYSTEM_INCLUDE_DIRECTORIES "${ANDROID_INCLUDE_DIR}")
 endforeach()
 
-# Debian's libutils needs libraries of the same directory that name no run path of their own.
+# Debian's libutils needs libraries of the same directory that name no run path of their own. What
+# was cross-compiled looks for them in the root of the machine that it runs on.
 set(ANDROID_LIBRARY_DIR "${libraryDirectory}")
-add_link_options("-Wl,-rpath,${ANDROID_LIBRARY_DIR}" "-Wl,-rpath-link,${ANDROID_LIBRARY_DIR}")
+if(CMAKE_SYSROOT)
+  string(REPLACE "${CMAKE_SYSROOT}" "" ANDROID_LIBRARY_DIR "${libraryDirectory}")
+endif()
+add_link_options("-Wl,-rpath,${ANDROID_LIBRARY_DIR}" "-Wl,-rpath-link,${libraryDirectory}")

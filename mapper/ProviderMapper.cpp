@@ -9,7 +9,6 @@
 #include <array>
 #include <limits>
 #include <memory>
-#include <optional>
 
 #include <android/log.h>
 #include <libxml/parser.h>
@@ -21,6 +20,7 @@ namespace {
 constexpr char kLogTag[] = "ProviderMapper";
 constexpr char kEntryElement[] = "instance";
 constexpr char kReplaceAttribute[] = "replace";
+constexpr size_t kMaxDocumentSize = std::numeric_limits<int>::max();  // Of the parser's interface.
 
 struct FileCloser {
     void operator()(FILE* file) const { fclose(file); }
@@ -35,35 +35,57 @@ using XmlDocument = std::unique_ptr<xmlDoc, DocumentFreer>;
 using XmlString = std::unique_ptr<xmlChar, XmlStringFreer>;
 
 const char* toText(const XmlString& string) {
-    return string == nullptr ? "" : reinterpret_cast<const char*>(string.get());
+    return reinterpret_cast<const char*>(string.get());
 }
 
-// The whole file; nothing when it cannot be opened. A file that opens but cannot be read, such as
-// a directory, reads as empty.
-std::optional<std::string> readFile(const char* path) {
-    const std::unique_ptr<FILE, FileCloser> file(fopen(path, "r"));
-    if (file == nullptr) return std::nullopt;
-
-    std::string text;
+// The length of the document in a file: what follows a NUL byte is not part of it. Stops counting
+// at one more than the parser can take, so that a huge file costs neither memory nor time.
+size_t documentSize(FILE* file) {
     std::array<char, 4096> buffer;
+    size_t size = 0;
     size_t count;
-    while ((count = fread(buffer.data(), 1, buffer.size(), file.get())) > 0) {
-        text.append(buffer.data(), count);
-    }
-    return text;
+    do {
+        count = fread(buffer.data(), 1, buffer.size(), file);
+        const size_t text = strnlen(buffer.data(), count);
+        size += text;
+        if (text < count) break;
+    } while (count == buffer.size() && size <= kMaxDocumentSize);
+    return size;
 }
 
-// Null when `text` is not a document. The parser keeps its defaults: it substitutes no entity,
-// loads no external one and no DTD, so it never reaches for the network or for another file.
-XmlDocument parseDocument(const char* text) {
-    const size_t size = strlen(text);
-    if (size > static_cast<size_t>(std::numeric_limits<int>::max())) return nullptr;
-    return XmlDocument(xmlParseMemory(text, static_cast<int>(size)));
+// Null when the file's first `size` bytes are not a document. The parser keeps its defaults: it
+// substitutes no entity, loads no external one and no DTD, so it never reaches for the network or
+// for another file.
+XmlDocument parseDocument(FILE* file, size_t size) {
+    if (size > kMaxDocumentSize) return nullptr;
+    std::string text(size, '\0');
+    rewind(file);
+    text.resize(fread(text.data(), 1, size, file));
+    return XmlDocument(xmlParseMemory(text.data(), static_cast<int>(text.size())));
 }
 
 bool isEntry(const xmlNode* node) {
     return node->type == XML_ELEMENT_NODE &&
            strcmp(reinterpret_cast<const char*>(node->name), kEntryElement) == 0;
+}
+
+// Adds the entry to the map, or says why it does not. `map` is that of ProviderMapper.
+void addEntry(xmlNode* node, std::map<std::string, std::vector<std::string>>& map) {
+    const XmlString replacement(
+            xmlGetProp(node, reinterpret_cast<const xmlChar*>(kReplaceAttribute)));
+    const XmlString instance(xmlNodeGetContent(node));
+    if (instance == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "Skipping an instance: out of memory while reading it");
+        return;
+    }
+    if (replacement == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "Skipping instance '%s': it has no \"replace\" attribute",
+                            toText(instance));
+        return;
+    }
+    map[toText(instance)].push_back(toText(replacement));
 }
 
 }  // namespace
@@ -84,18 +106,18 @@ std::vector<std::string> ProviderMapper::getReplacementProviderNames(const char*
 }
 
 bool ProviderMapper::loadXml(const char* path) {
-    const std::optional<std::string> text = readFile(path);
-    if (!text.has_value()) {
+    const std::unique_ptr<FILE, FileCloser> file(fopen(path, "r"));
+    if (file == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to open %s", path);
         return false;
     }
-    if (text->empty() || text->front() == '\0') {
+    // A file that opens but cannot be read, such as a directory, counts as empty.
+    const size_t size = documentSize(file.get());
+    if (size == 0) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to read %s", path);
         return false;
     }
-
-    // As a C string: whatever follows a NUL byte is not part of the document.
-    const XmlDocument document = parseDocument(text->c_str());
+    const XmlDocument document = parseDocument(file.get(), size);
     if (document == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to parse XML");
         return false;
@@ -103,18 +125,7 @@ bool ProviderMapper::loadXml(const char* path) {
 
     const xmlNode* const root = xmlDocGetRootElement(document.get());
     for (xmlNode* node = root->children; node != nullptr; node = node->next) {
-        if (!isEntry(node)) continue;
-
-        const XmlString replacement(
-                xmlGetProp(node, reinterpret_cast<const xmlChar*>(kReplaceAttribute)));
-        const XmlString instance(xmlNodeGetContent(node));
-        if (replacement == nullptr) {
-            __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                                "Skipping instance '%s': it has no \"replace\" attribute",
-                                toText(instance));
-            continue;
-        }
-        mProviderMap[toText(instance)].push_back(toText(replacement));
+        if (isEntry(node)) addEntry(node, mProviderMap);
     }
 
     for (const auto& [instance, replacements] : mProviderMap) {

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Lists the cameras of all underlying providers and routes the framework's calls to one of them.
 
+#include <utility>
+
 #include <android/log.h>
 
+#include "provider/LentText.h"
 #include "provider/LogTag.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 
@@ -34,7 +37,9 @@ Return<void> OrvoCameraServiceImplementation::getCameraIdList(getCameraIdList_cb
         });
     }
 
-    _hidl_cb(status, names);
+    hidl_vec<hidl_string> all;
+    all.setToExternal(names.data(), names.size());
+    _hidl_cb(status, all);
     return Void();
 }
 
@@ -46,7 +51,7 @@ Return<void> OrvoCameraServiceImplementation::isSetTorchModeSupported(
         _hidl_cb(Status::INTERNAL_ERROR, false);
         return Void();
     }
-    return shim->isSetTorchModeSupported(_hidl_cb);
+    return shim->isSetTorchModeSupported(std::move(_hidl_cb));
 }
 
 Return<void> OrvoCameraServiceImplementation::getCameraDeviceInterface_V1_x(
@@ -67,7 +72,7 @@ Return<void> OrvoCameraServiceImplementation::getCameraDeviceInterface_V1_x(
         _hidl_cb(Status::INTERNAL_ERROR, nullptr);
         return Void();
     }
-    return shim->getCameraDeviceInterface_V1_x(providerName, _hidl_cb);
+    return shim->getCameraDeviceInterface_V1_x(lend(providerName), std::move(_hidl_cb));
 }
 
 Return<void> OrvoCameraServiceImplementation::getCameraDeviceInterface_V3_x(
@@ -90,7 +95,7 @@ Return<void> OrvoCameraServiceImplementation::getCameraDeviceInterface_V3_x(
         _hidl_cb(Status::INTERNAL_ERROR, nullptr);
         return Void();
     }
-    return shim->getCameraDeviceInterface_V3_x(providerName, _hidl_cb);
+    return shim->getCameraDeviceInterface_V3_x(lend(providerName), std::move(_hidl_cb));
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

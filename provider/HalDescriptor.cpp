@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Builds the set of descriptors of the underlying providers and looks them up in it.
 
+#include <utility>
+
 #include <android/log.h>
 
 #include "provider/LogTag.h"
@@ -35,30 +37,38 @@ std::set<HALDescriptor> HALDescriptor::fromProviderNames(const std::vector<std::
     return descriptors;
 }
 
-HALDescriptor* HALDescriptor::findByName(const std::set<HALDescriptor>& descriptors,
-                                         const std::string& name) {
+namespace {
+
+HALDescriptor* find(const std::set<HALDescriptor>& descriptors, std::string name) {
     HALDescriptor probe;
-    probe.mName = name;
+    probe.mName = std::move(name);
     const auto found = descriptors.find(probe);
     if (found == descriptors.end()) {
         // Not fatal in spite of its text: every foreign provider of the device ends here once.
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "FATAL(%d): Invalid provider name %s",
-                            kProviderLookupErrorNumber, name.c_str());
+                            kProviderLookupErrorNumber, probe.mName.c_str());
         return nullptr;
     }
     return const_cast<HALDescriptor*>(&*found);
 }
 
+}  // namespace
+
+HALDescriptor* HALDescriptor::findByName(const std::set<HALDescriptor>& descriptors,
+                                         const std::string& name) {
+    return find(descriptors, name);
+}
+
 HALDescriptor* HALDescriptor::findProviderForAndroidDevice(
         const std::set<HALDescriptor>& descriptors, const std::string& deviceName) {
-    DeviceInfo info;
-    if (!parseDeviceString(deviceName, info)) {
+    DeviceNameParts parts;
+    if (!splitDeviceName(deviceName, parts)) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "FATAL(%d): Invalid device name %s",
                             kDeviceNameErrorNumber, deviceName.c_str());
         shutdown();
     }
     // Always number 0: a device name does not say which instance of its type reported it.
-    return findByName(descriptors, info.type + "/0");
+    return find(descriptors, std::string(parts.type).append("/0"));
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

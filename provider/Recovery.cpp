@@ -6,6 +6,7 @@
 
 #include <android/log.h>
 
+#include "provider/LentText.h"
 #include "provider/LogTag.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/CameraIdProperty.h"
@@ -84,18 +85,16 @@ size_t OrvoCameraServiceImplementation::removeAndNotifyDevicesByProviderName(
     // By type alone on purpose: which instance of it reported a device is not known.
     const std::string type = providerName.substr(0, slash);
 
-    std::vector<std::string> removed;
+    std::map<std::string, std::string> removed;
     {
         const std::lock_guard<std::mutex> lock(mActiveDevicesMutex);
         for (auto entry = mActiveDevices.begin(); entry != mActiveDevices.end();) {
-            DeviceInfo info;
-            if (!parseDeviceString(entry->second, info) || info.type != type) {
-                ++entry;
-                continue;
-            }
-            removed.push_back(entry->first);
-            removeCameraIdFromSystemProperty(info.type, info.id);
-            entry = mActiveDevices.erase(entry);
+            const auto current = entry++;
+            DeviceNameParts parts;
+            if (!splitDeviceName(current->second, parts) || parts.type != type) continue;
+
+            removeCameraIdFromSystemProperty(parts.type, parts.id);
+            removed.insert(removed.end(), mActiveDevices.extract(current));
         }
     }
 
@@ -103,9 +102,9 @@ size_t OrvoCameraServiceImplementation::removeAndNotifyDevicesByProviderName(
     if (removed.empty() || callback == nullptr) return 0;
 
     size_t notified = 0;
-    for (const std::string& name : removed) {
+    for (const auto& [name, providerDeviceName] : removed) {
         const Return<void> result =
-                callback->cameraDeviceStatusChange(name, CameraDeviceStatus::NOT_PRESENT);
+                callback->cameraDeviceStatusChange(lend(name), CameraDeviceStatus::NOT_PRESENT);
         if (!result.isOk()) {
             __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                                 "Failed to notify camera service about %s: %s", name.c_str(),

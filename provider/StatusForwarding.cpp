@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Stands between the underlying providers' notifications and the framework's callback.
 
+#include <utility>
+
 #include <android/log.h>
 
+#include "provider/LentText.h"
 #include "provider/LogTag.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/CameraIdProperty.h"
@@ -50,7 +53,7 @@ Return<Status> OrvoCameraServiceImplementation::setCallback(
 
 Return<void> OrvoCameraServiceImplementation::cameraDeviceStatusChange(
         const hidl_string& cameraDeviceName, CameraDeviceStatus newStatus) {
-    const std::string providerName = cameraDeviceName;
+    std::string providerName = cameraDeviceName;
     // Two words for three states on purpose: ENUMERATING is logged as NOT_PRESENT.
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "Got camera status change for %s and status %s",
                         providerName.c_str(),
@@ -58,8 +61,8 @@ Return<void> OrvoCameraServiceImplementation::cameraDeviceStatusChange(
     const std::string frameworkName = providerDeviceNameToAndroidDeviceName(providerName);
 
     // A name that does not parse has an empty type and an empty id, and goes on with them.
-    DeviceInfo info;
-    if (!parseDeviceString(providerName, info)) {
+    DeviceNameParts parts;  // Of the argument: `providerName` may move into the map.
+    if (!splitDeviceName(viewOf(cameraDeviceName), parts)) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to parse device name %s",
                             providerName.c_str());
     }
@@ -67,11 +70,11 @@ Return<void> OrvoCameraServiceImplementation::cameraDeviceStatusChange(
     {
         const std::lock_guard<std::mutex> lock(mActiveDevicesMutex);
         if (newStatus == CameraDeviceStatus::NOT_PRESENT) {
-            removeCameraIdFromSystemProperty(info.type, info.id);  // Also for an unknown device.
+            removeCameraIdFromSystemProperty(parts.type, parts.id);  // Also for an unknown device.
             mActiveDevices.erase(frameworkName);
         } else if (newStatus == CameraDeviceStatus::PRESENT) {
-            mActiveDevices[frameworkName] = providerName;
-            appendCameraIdToSystemProperty(info.type, info.id);
+            mActiveDevices[frameworkName] = std::move(providerName);
+            appendCameraIdToSystemProperty(parts.type, parts.id);
         }
         for (const auto& [key, value] : mActiveDevices) {
             __android_log_print(ANDROID_LOG_INFO, kLogTag, "mActiveDevices Key: %s, Value: %s",
@@ -84,7 +87,7 @@ Return<void> OrvoCameraServiceImplementation::cameraDeviceStatusChange(
         logDropped("cameraDeviceStatusChange", kDeviceStatusDroppedNumber);
         return Void();
     }
-    return callback->cameraDeviceStatusChange(frameworkName, newStatus);
+    return callback->cameraDeviceStatusChange(lend(frameworkName), newStatus);
 }
 
 Return<void> OrvoCameraServiceImplementation::torchModeStatusChange(
@@ -98,7 +101,7 @@ Return<void> OrvoCameraServiceImplementation::torchModeStatusChange(
         logDropped("torchModeStatusChange", kTorchStatusDroppedNumber);
         return Void();
     }
-    return callback->torchModeStatusChange(frameworkName, newStatus);
+    return callback->torchModeStatusChange(lend(frameworkName), newStatus);
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

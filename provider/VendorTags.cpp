@@ -13,85 +13,70 @@ using common::V1_0::VendorTagSection;
 
 namespace {
 
+using HALDescriptor = OrvoCameraServiceImplementation::HALDescriptor;
 using Sections = hidl_vec<VendorTagSection>;
 
-void logDroppedAnswer() {
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                        "Dropping vendor tags: more answers than providers");
-}
+// What the providers answered, in the order in which the answers arrived.
+struct Answers {
+    Status status = Status::OK;              // The last one that was not OK.
+    std::vector<VendorTagSection> sections;  // Those of each answer behind a place for a marker.
+    std::vector<size_t> starts;              // Of each answer: where its marker's place is.
 
-// The answers in the order in which they arrive, one slot for each provider that is asked.
-class Answers {
-  public:
-    explicit Answers(size_t slotCount) : mSlots(slotCount) {}
-
-    void add(Status status, const Sections& sections) {
-        if (mFilled == mSlots.size()) {
-            logDroppedAnswer();
-            return;
-        }
-        mSlots[mFilled++] = sections;
-        if (status != Status::OK) {
-            mStatus = status;
+    void add(Status reported, const Sections& reportedSections) {
+        starts.push_back(sections.size());
+        sections.emplace_back();
+        sections.insert(sections.end(), reportedSections.begin(), reportedSections.end());
+        if (reported != Status::OK) {
+            status = reported;
             __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to get vendor tags");
         }
     }
+};
 
-    // One provider fewer is asked than was expected.
-    void removeSlot() {
-        if (mFilled == mSlots.size()) {
-            logDroppedAnswer();
-            --mFilled;
+// Gives each provider its marker, an empty section of its name, in front of its sections. Answers
+// pair with providers by order of arrival on purpose: after one that did not answer, they move up.
+// `unasked` are the providers that were not connected at their turn, in set order.
+void placeMarkers(const std::set<HALDescriptor>& descriptors,
+                  const std::vector<const HALDescriptor*>& unasked, Answers& answers) {
+    std::vector<VendorTagSection>& sections = answers.sections;
+    auto start = answers.starts.begin();
+    auto nextUnasked = unasked.begin();
+    size_t inserted = 0;  // Markers without an answer, for which there was no place.
+    for (const HALDescriptor& descriptor : descriptors) {
+        const bool answered = start != answers.starts.end();
+        const size_t place = answered ? *start + inserted : sections.size();
+        const bool asked = nextUnasked == unasked.end() || *nextUnasked != &descriptor;
+        if (!asked) ++nextUnasked;
+        if (asked && answered) {
+            ++start;
+        } else {
+            sections.emplace(sections.begin() + place);
+            ++inserted;
         }
-        mSlots.pop_back();
+        sections[place].sectionName = descriptor.mName;
     }
-
-    Status status() const { return mStatus; }
-    const Sections& slot(size_t index) const { return mSlots[index]; }
-
-  private:
-    std::vector<Sections> mSlots;
-    size_t mFilled = 0;
-    Status mStatus = Status::OK;
-};
-
-// What the merge needs to know of a provider.
-struct Source {
-    std::string name;
-    bool asked;  // False when it was not connected at its turn.
-};
-
-// Each provider's marker, an empty section of its name, followed by its sections. Slots pair with
-// providers by order of arrival on purpose: after one that did not answer, they move up.
-std::vector<VendorTagSection> merge(const std::vector<Source>& sources, const Answers& answers) {
-    std::vector<VendorTagSection> merged;
-    size_t slot = 0;
-    for (const Source& source : sources) {
-        VendorTagSection marker;
-        marker.sectionName = source.name;
-        merged.push_back(marker);
-        if (!source.asked) continue;
-
-        const Sections& sections = answers.slot(slot++);
-        merged.insert(merged.end(), sections.begin(), sections.end());
+    if (start != answers.starts.end()) sections.resize(*start + inserted);
+    for (; start != answers.starts.end(); ++start) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "Dropping vendor tags: more answers than providers");
     }
-    return merged;
 }
 
 }  // namespace
 
 Return<void> OrvoCameraServiceImplementation::getVendorTags(getVendorTags_cb _hidl_cb) {
-    std::vector<Source> sources;
-    Answers answers(mHalDescriptors.size());
+    std::vector<const HALDescriptor*> unasked;
+    Answers answers;
+    answers.starts.reserve(mHalDescriptors.size());
 
     for (const HALDescriptor& descriptor : mHalDescriptors) {
         // Looked up at its turn: a death during an earlier answer leaves nobody to ask.
         const sp<ICameraProvider> provider = descriptor.mProvider;
-        sources.push_back({descriptor.mName, provider != nullptr});
         if (provider == nullptr) {
-            answers.removeSlot();
+            unasked.push_back(&descriptor);
             continue;
         }
+
         // The result is discarded unexamined on purpose: a provider that vanishes in the middle of
         // its answer ends the process by the platform's rule, and it starts afresh.
         provider->getVendorTags([&answers](Status status, const Sections& sections) {
@@ -99,7 +84,10 @@ Return<void> OrvoCameraServiceImplementation::getVendorTags(getVendorTags_cb _hi
         });
     }
 
-    _hidl_cb(answers.status(), merge(sources, answers));
+    placeMarkers(mHalDescriptors, unasked, answers);
+    Sections merged;
+    merged.setToExternal(answers.sections.data(), answers.sections.size());
+    _hidl_cb(answers.status, merged);
     return Void();
 }
 

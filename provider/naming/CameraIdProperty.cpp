@@ -3,48 +3,70 @@
 
 #include "provider/naming/CameraIdProperty.h"
 
+#include <string.h>
+
+#include <algorithm>
+#include <array>
+#include <string>
+
 #include <cutils/properties.h>
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 namespace {
 
-std::string propertyName(const std::string& type) {
-    return "camera." + type + ".ids";
+using PropertyValue = std::array<char, PROPERTY_VALUE_MAX>;
+
+std::string propertyName(std::string_view type) {
+    constexpr std::string_view kPrefix = "camera.";
+    constexpr std::string_view kSuffix = ".ids";
+    std::string name;
+    name.reserve(kPrefix.size() + type.size() + kSuffix.size());
+    name.append(kPrefix).append(type).append(kSuffix);
+    return name;
 }
 
-std::string readProperty(const std::string& name) {
-    char value[PROPERTY_VALUE_MAX];
-    property_get(name.c_str(), value, "");
-    return value;
-}
-
-void dropTrailing(std::string& value, char character) {
-    if (!value.empty() && value.back() == character) value.pop_back();
+// The size of the value, which ends with a NUL.
+size_t readProperty(const std::string& name, PropertyValue& value) {
+    property_get(name.c_str(), value.data(), "");
+    return strlen(value.data());
 }
 
 }  // namespace
 
-void appendCameraIdToSystemProperty(const std::string& type, const std::string& id) {
+void appendCameraIdToSystemProperty(std::string_view type, std::string_view id) {
+    constexpr std::string_view kSeparator = ", ";
     const std::string name = propertyName(type);
-    const std::string value = readProperty(name);
+    PropertyValue value;
+    const size_t size = readProperty(name, value);
+
+    std::string longer;
+    if (size > 0) {
+        longer.reserve(size + kSeparator.size() + id.size());
+        longer.append(value.data(), size).append(kSeparator);
+    }
     // A repeated id is listed again on purpose: the property is a record of reports.
-    property_set(name.c_str(), value.empty() ? id.c_str() : (value + ", " + id).c_str());
+    longer.append(id);
+    property_set(name.c_str(), longer.c_str());
 }
 
-void removeCameraIdFromSystemProperty(const std::string& type, const std::string& id) {
+void removeCameraIdFromSystemProperty(std::string_view type, std::string_view id) {
     const std::string name = propertyName(type);
-    std::string value = readProperty(name);
-    if (value.empty()) return;
+    PropertyValue value;
+    size_t size = readProperty(name, value);
+    if (size == 0) return;
 
     // A search for text, not for a list element, on purpose: "1" is found inside "10".
-    const size_t position = value.find(id);
-    if (position != std::string::npos) {
-        value.erase(position, id.size());
-        if (position < value.size() && value[position] == ',') value.erase(position, 2);
+    const size_t position = std::string_view(value.data(), size).find(id);
+    if (position != std::string_view::npos) {
+        size_t end = position + id.size();
+        if (value[end] == ',') end = std::min(end + 2, size);
+        std::copy(value.begin() + end, value.begin() + size, value.begin() + position);
+        size -= end - position;
     }
-    dropTrailing(value, ' ');
-    dropTrailing(value, ',');
-    property_set(name.c_str(), value.c_str());
+    if (size > 0 && value[size - 1] == ' ') --size;
+    if (size > 0 && value[size - 1] == ',') --size;
+    value[size] = '\0';
+    property_set(name.c_str(), value.data());
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

@@ -2,7 +2,7 @@
 // The system properties in which other processes read the ids of the cameras that are present.
 #pragma once
 
-#include <string>
+#include <string_view>
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 
@@ -15,12 +15,12 @@ namespace android::hardware::camera::provider::V2_4::implementation {
  */
 
 /** Appends `id` to the ids of `type`, also when it is listed already. */
-void appendCameraIdToSystemProperty(const std::string& type, const std::string& id);
+void appendCameraIdToSystemProperty(std::string_view type, std::string_view id);
 
 /**
  * Removes the first occurrence of `id`, as text, from the ids of `type`, and the separator with
  * it. Writes nothing when the property is empty or unset.
  */
-void removeCameraIdFromSystemProperty(const std::string& type, const std::string& id);
+void removeCameraIdFromSystemProperty(std::string_view type, std::string_view id);
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

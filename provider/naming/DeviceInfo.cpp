@@ -5,25 +5,35 @@
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 
-bool parseDeviceString(const std::string& name, DeviceInfo& info) {
-    info = DeviceInfo();
+bool splitDeviceName(std::string_view name, DeviceNameParts& parts) {
+    parts = DeviceNameParts();
 
     const size_t at = name.find('@');
-    if (at == std::string::npos) return false;
-    info.prefix = name.substr(0, at);
+    if (at == std::string_view::npos) return false;
+    parts.prefix = name.substr(0, at);
 
     const size_t versionEnd = name.find('/', at + 1);
-    if (versionEnd == std::string::npos) return false;
-    info.version = name.substr(at + 1, versionEnd - at - 1);
+    if (versionEnd == std::string_view::npos) return false;
+    parts.version = name.substr(at + 1, versionEnd - at - 1);
 
     const size_t typeEnd = name.find('/', versionEnd + 1);
-    if (typeEnd == std::string::npos) {
-        info.type = name.substr(versionEnd + 1);
+    if (typeEnd == std::string_view::npos) {
+        parts.type = name.substr(versionEnd + 1);
         return true;
     }
-    info.type = name.substr(versionEnd + 1, typeEnd - versionEnd - 1);
-    info.id = name.substr(typeEnd + 1);
+    parts.type = name.substr(versionEnd + 1, typeEnd - versionEnd - 1);
+    parts.id = name.substr(typeEnd + 1);
     return true;
+}
+
+bool parseDeviceString(const std::string& name, DeviceInfo& info) {
+    DeviceNameParts parts;
+    const bool parsed = splitDeviceName(name, parts);
+    info.prefix = parts.prefix;
+    info.version = parts.version;
+    info.type = parts.type;
+    info.id = parts.id;
+    return parsed;
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

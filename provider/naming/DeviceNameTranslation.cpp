@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Translates device names between the underlying providers and the framework.
 
+#include <string.h>
+
 #include <android/log.h>
 
 #include "provider/LogTag.h"
@@ -23,17 +25,21 @@ std::string OrvoCameraServiceImplementation::providerDeviceNameToAndroidDeviceNa
 
     // The result does not matter: a name that does not parse still gets a framework name, made of
     // whatever parts it has.
-    DeviceInfo info;
-    parseDeviceString(providerName, info);
-    return info.prefix + "@" + info.version + "/" + mProviderType + "/" + info.id;
+    DeviceNameParts parts;
+    splitDeviceName(providerName, parts);
+    std::string name;
+    name.reserve(providerName.size() + mProviderType.size() + strlen("@//"));
+    name.append(parts.prefix).append(1, '@').append(parts.version).append(1, '/');
+    name.append(mProviderType).append(1, '/').append(parts.id);
+    return name;
 }
 
 std::string OrvoCameraServiceImplementation::androidDeviceNameToProviderDeviceName(
         const std::string& androidName) {
-    DeviceInfo info;
-    const bool parsed = parseDeviceString(androidName, info);
-    if (!parsed || info.prefix.empty() || info.version.empty() || info.type.empty() ||
-        info.id.empty()) {
+    DeviceNameParts parts;
+    const bool parsed = splitDeviceName(androidName, parts);
+    if (!parsed || parts.prefix.empty() || parts.version.empty() || parts.type.empty() ||
+        parts.id.empty()) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                             "WARNING: Failed to parse device name %s. Android frameworkwill likely "
                             "fail to recognize this camera",

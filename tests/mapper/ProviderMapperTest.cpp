@@ -18,6 +18,8 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/CapturedLog.h"
+#include "tests/support/Fault.h"
+#include "tests/support/VirtualSlot.h"
 
 namespace orvo::test {
 namespace {
@@ -194,6 +196,8 @@ TEST_F(ProviderMapperTest, PredefinedAndInternalEntitiesAreRead) {
 }
 
 TEST_F(ProviderMapperTest, AnEntryWithoutReplaceIsSkippedWithAnErrorThatNamesIt) {
+    recordFault("map file", "an entry lacks its attribute",
+                "an error line names it; the other entries are read");
     EXPECT_TRUE(load(R"(<map>
         <instance>legacy/0</instance>
         <instance replace="external/0">legacy/0</instance>
@@ -213,6 +217,7 @@ TEST_F(ProviderMapperTest, AMissingFileCannotBeOpened) {
 }
 
 TEST_F(ProviderMapperTest, AFileThatIsThereButUnreadableCannotBeOpened) {
+    recordFault("map file", "the file cannot be opened", "an error line; the load fails");
     // A link to itself, because root may open a file without permissions.
     std::filesystem::create_symlink(mPath, mPath);
     EXPECT_FALSE(load());
@@ -220,6 +225,7 @@ TEST_F(ProviderMapperTest, AFileThatIsThereButUnreadableCannotBeOpened) {
 }
 
 TEST_F(ProviderMapperTest, AnEmptyFileCannotBeRead) {
+    recordFault("map file", "the file is empty", "an error line; the load fails");
     EXPECT_FALSE(load(""));
     EXPECT_THAT(mLog.lines(), ElementsAre(error("Failed to read " + mPath)));
 }
@@ -241,6 +247,13 @@ TEST_F(ProviderMapperTest, WhatFollowsANulByteIsNotPartOfTheDocument) {
     EXPECT_THAT(ask("legacy/0"), ElementsAre("external/0"));
 }
 
+TEST_F(ProviderMapperTest, MuchThatFollowsANulByteIsNotPartOfTheDocumentEither) {
+    std::string text = R"(<map><instance replace="external/0">legacy/0</instance></map>)";
+    text.push_back('\0');
+    EXPECT_TRUE(load(text + std::string(100000, '<')));
+    EXPECT_THAT(ask("legacy/0"), ElementsAre("external/0"));
+}
+
 TEST_F(ProviderMapperTest, ADocumentCutOffByANulByteIsMalformed) {
     using namespace std::string_literals;
     EXPECT_FALSE(load("<map>\0</map>"s));
@@ -248,6 +261,8 @@ TEST_F(ProviderMapperTest, ADocumentCutOffByANulByteIsMalformed) {
 }
 
 TEST_F(ProviderMapperTest, MalformedDocumentsAreRefused) {
+    recordFault("map file", "the document is malformed",
+                "an error line; the load fails, the map stays empty");
     const char* const documents[] = {
             "plain text",
             "<map>",
@@ -347,6 +362,12 @@ TEST(ProviderMapperTypeTest, CanBeHeldAndDestroyedThroughTheInterface) {
     const std::shared_ptr<IProviderMapper> mapper = std::make_shared<ProviderMapper>();
     CapturedLog log;
     EXPECT_THAT(mapper->getReplacementProviderNames("legacy/0"), IsEmpty());
+}
+
+TEST(ProviderMapperTypeTest, ItsVirtualFunctionsAreInTheirOrder) {
+    EXPECT_EQ(virtualSlot(&IProviderMapper::loadMapFromFile), 0u);
+    EXPECT_EQ(virtualSlot(&IProviderMapper::getReplacementProviderNames), 1u);
+    EXPECT_EQ(virtualSlot(&ProviderMapper::loadXml), 4u) << "behind the destructor's two slots";
 }
 
 // A document must not make the reader open another file, reach for the network or eat the memory.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Connecting one underlying provider: service, death link, shim, and every way to fail.
 
+#include "tests/support/Fault.h"
 #include "tests/support/ProviderTest.h"
 
 namespace orvo::test {
@@ -105,6 +106,8 @@ TEST_F(ConnectionTest, ANullDescriptorFails) {
 }
 
 TEST_F(ConnectionTest, AServiceThatCannotBeHadFails) {
+    recordFault("service look-up", "a declared provider is not running",
+                "an error line; it stays unconnected");
     mProxy->stop(kName);
     EXPECT_FALSE(connect());
     EXPECT_EQ(mDescriptor->mProvider, nullptr);
@@ -114,6 +117,8 @@ TEST_F(ConnectionTest, AServiceThatCannotBeHadFails) {
 }
 
 TEST_F(ConnectionTest, AFailedLookUpDropsTheServiceAndKeepsTheShim) {
+    recordFault("service look-up", "a provider that was connected is not found any more",
+                "an error line; its earlier service is released, its shim stays");
     ASSERT_TRUE(connect());
     mProxy->stop(kName);
     EXPECT_FALSE(connect());
@@ -128,6 +133,8 @@ TEST_F(ConnectionTest, AFailedLookUpDropsTheServiceAndKeepsTheShim) {
 class FailedLinkTest : public ConnectionTest, public ::testing::WithParamInterface<bool> {};
 
 TEST_P(FailedLinkTest, DropsTheServiceAndKeepsTheShim) {
+    recordFault("death link", GetParam() ? "fails in transport" : "answers false",
+                "an error line; the service is dropped, no shim is made");
     const sp<ScriptedProvider> next = new ScriptedProvider;
     next->linkFails = GetParam();
     next->linkRefused = !GetParam();
@@ -145,6 +152,8 @@ TEST_P(FailedLinkTest, DropsTheServiceAndKeepsTheShim) {
 INSTANTIATE_TEST_SUITE_P(InTransportOrByAnswer, FailedLinkTest, ::testing::Bool());
 
 TEST_F(ConnectionTest, AShimThatCannotBeMadeUndoesTheLinkAndReleasesTheService) {
+    recordFault("shim creation", "the factory returns null",
+                "an error line; the service is unlinked and released");
     mShims.refuse(kName);
     EXPECT_FALSE(connect());
     EXPECT_EQ(mDescriptor->mProvider, nullptr);
@@ -160,6 +169,18 @@ TEST_F(ConnectionTest, AShimThatCannotBeMadeUndoesTheLinkAndReleasesTheService) 
     EXPECT_EQ(service.promote(), nullptr) << "the service is released";
 }
 
+TEST_F(ConnectionTest, AfterAFailedShimTheServiceIsUnlinkedBeforeItIsDropped) {
+    mShims.refuse(kName);
+    std::vector<std::string> calls;
+    mService->onCall = [&](const std::string& operation) {
+        calls.push_back(operation);
+        EXPECT_EQ(mDescriptor->mProvider, mService);
+    };
+    EXPECT_FALSE(connect());
+    EXPECT_THAT(calls, ElementsAre("linkToDeath", "unlinkToDeath"));
+    EXPECT_EQ(mDescriptor->mProvider, nullptr);
+}
+
 TEST_F(ConnectionTest, AShimThatCannotBeMadeReplacesAnEarlierOneByNull) {
     ASSERT_TRUE(connect());
     const sp<ScriptedProvider> earlier = mShims.shim(kName);
@@ -169,6 +190,8 @@ TEST_F(ConnectionTest, AShimThatCannotBeMadeReplacesAnEarlierOneByNull) {
 }
 
 TEST_F(ConnectionTest, AFailedUnlinkIsIgnored) {
+    recordFault("death link", "a service without a shim cannot be unlinked",
+                "ignored: it is dropped");
     mShims.refuse(kName);
     mService->unlinkFails = true;
     EXPECT_FALSE(connect());
@@ -194,6 +217,8 @@ TEST_F(ConnectionTest, ConnectingAgainReplacesBothReferencesAndTellsTheOldShimNo
 // The service dies right after the link: the notification clears the descriptor before the shim is
 // made. The service itself must last until the connection attempt is over.
 TEST_F(ConnectionTest, ADeathRightAfterTheLinkDoesNotPullTheServiceAway) {
+    recordFault("death link", "the service dies right after the link",
+                "it is held until the attempt is over");
     mService->onLinked = [this] { mDescriptor->mProvider = nullptr; };
     EXPECT_TRUE(connect());
     EXPECT_EQ(mShims.calls()[0].provider, mService.get());

@@ -3,6 +3,7 @@
 
 #include <signal.h>
 
+#include "tests/support/Fault.h"
 #include "tests/support/ProviderTest.h"
 #include "tests/support/UncalledDevices.h"
 
@@ -70,6 +71,8 @@ TEST_F(CameraIdListTest, EmptyListsMakeAnEmptyList) {
 }
 
 TEST_F(CameraIdListTest, AFailingProvidersNamesAreIncludedAndItsStatusIsAnswered) {
+    recordFault("underlying `getCameraIdList`", "answers an error status",
+                "an error line; its names are kept, its status is answered");
     script("a/0").status = Status::INTERNAL_ERROR;
     script("a/0").value = {"x"};
     script("b/0").value = {"y"};
@@ -88,6 +91,7 @@ TEST_F(CameraIdListTest, TheLastFailureInSetOrderIsAnswered) {
 }
 
 TEST_F(CameraIdListTest, AProviderThatDoesNotAnswerAddsNothing) {
+    recordFault("underlying `getCameraIdList`", "returns without an answer", "it adds nothing");
     script("a/0").answers = 0;
     script("b/0").value = {"y"};
     list();
@@ -107,6 +111,8 @@ TEST_F(CameraIdListTest, TheShimIsAskedAndNotTheService) {
 }
 
 TEST_F(CameraIdListTest, AProviderWithoutAShimIsSkippedWithAWarning) {
+    recordFault("shim creation", "a shim is gone when the cameras are listed",
+                "a warning; the others are listed, the answer is OK");
     script("b/0").value = {"y"};
     mShims.drop("a/0");
     list();
@@ -128,6 +134,8 @@ TEST_F(CameraIdListTest, WithoutDescriptorsTheListIsEmpty) {
 using CameraIdListDeathTest = CameraIdListTest;
 
 TEST_F(CameraIdListDeathTest, ATransportFailureIsLeftToThePlatformWhichEndsTheProcess) {
+    recordFault("underlying `getCameraIdList`", "fails in transport",
+                "the platform ends the process, which starts afresh");
     script("a/0").answers = 0;
     script("a/0").transportFails = true;
     EXPECT_EXIT(list(), ::testing::KilledBySignal(SIGABRT), "");
@@ -148,6 +156,8 @@ class TorchSupportTest : public ProviderTest {
 };
 
 TEST_F(TorchSupportTest, TheFirstProviderAnswersAlone) {
+    recordFault("underlying `isSetTorchModeSupported`", "answers an error status",
+                "the status is answered");
     makeConnectedObject({"b/0", "a/0"});
     script("a/0").value = true;
     script("b/0").status = Status::INTERNAL_ERROR;
@@ -163,6 +173,8 @@ TEST_F(TorchSupportTest, TheFirstProviderAnswersAlone) {
 }
 
 TEST_F(TorchSupportTest, ATransportFailureIsReturned) {
+    recordFault("underlying `isSetTorchModeSupported`", "fails in transport",
+                "the failure is returned");
     makeConnectedObject({"a/0"});
     script("a/0").answers = 0;
     script("a/0").transportFails = true;
@@ -181,6 +193,9 @@ TEST_F(TorchSupportTest, WithoutDescriptorsItIsAnError) {
 }
 
 TEST_F(TorchSupportTest, AFirstProviderWithoutAShimIsAnErrorEvenIfOthersCouldAnswer) {
+    recordFault("shim creation",
+                "the first provider's shim is gone when torch support is asked for",
+                "answers (INTERNAL_ERROR, false)");
     makeConnectedObject({"a/0", "b/0"});
     mShims.drop("a/0");
     EXPECT_TRUE(ask().isOk());
@@ -278,12 +293,16 @@ TYPED_TEST(DeviceInterfaceTest, ThePresentDevicesProviderIsAskedUnderItsOwnName)
 }
 
 TYPED_TEST(DeviceInterfaceTest, TheProvidersStatusIsAnsweredUnchanged) {
+    recordFault("underlying `getCameraDeviceInterface`", "answers an error status",
+                "the status is answered");
     TypeParam::script(this->shim("external/0")).status = Status::OPERATION_NOT_SUPPORTED;
     EXPECT_TRUE(this->get("device@3.2/legacy/100").isOk());
     EXPECT_THAT(this->mAnswers, ElementsAre(Pair(Status::OPERATION_NOT_SUPPORTED, nullptr)));
 }
 
 TYPED_TEST(DeviceInterfaceTest, ATransportFailureIsReturned) {
+    recordFault("underlying `getCameraDeviceInterface`", "fails in transport",
+                "the failure is returned");
     TypeParam::script(this->shim("external/0")).answers = 0;
     TypeParam::script(this->shim("external/0")).transportFails = true;
     const Return<void> result = this->get("device@3.2/legacy/100");
@@ -303,6 +322,8 @@ TYPED_TEST(DeviceInterfaceTest, ATypeWithoutADescriptorIsAnIllegalArgument) {
 }
 
 TYPED_TEST(DeviceInterfaceTest, AProviderWithoutAShimIsAnInternalError) {
+    recordFault("shim creation", "a shim is gone when a device is asked for",
+                "answers (INTERNAL_ERROR, null)");
     this->mShims.drop("external/0");
     EXPECT_TRUE(this->get("device@3.2/legacy/100").isOk());
     EXPECT_THAT(this->mAnswers, ElementsAre(Pair(Status::INTERNAL_ERROR, nullptr)));

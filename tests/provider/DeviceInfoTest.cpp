@@ -31,6 +31,10 @@ struct Case {
     DeviceInfo info;
 };
 
+void PrintTo(const Case& testCase, std::ostream* stream) {
+    *stream << testCase.name;
+}
+
 class DeviceNameTest : public ::testing::TestWithParam<Case> {};
 
 TEST_P(DeviceNameTest, IsTakenApart) {

@@ -101,13 +101,13 @@ TEST_F(DeviceNameTranslationTest, AMalformedOrIncompleteFrameworkNameIsReturnedW
 }
 
 TEST_F(DeviceNameTranslationTest, TheLookUpTakesTheLockOfTheMap) {
-    std::unique_lock<std::mutex> lock(mObject->mActiveDevicesMutex);
+    mObject->mActiveDevicesMutex.lock();
     std::future<std::string> answer = std::async(std::launch::async, [this] {
         return mObject->androidDeviceNameToProviderDeviceName("device@3.2/legacy/5");
     });
     EXPECT_EQ(answer.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     mObject->mActiveDevices["device@3.2/legacy/4"] = "x";
-    lock.unlock();
+    mObject->mActiveDevicesMutex.unlock();
     EXPECT_EQ(answer.get(), "");
     EXPECT_THAT(activeDevices(),
                 ElementsAre(Pair("device@3.2/legacy/4", "x"), Pair("device@3.2/legacy/5", "")));

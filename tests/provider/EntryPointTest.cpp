@@ -4,11 +4,14 @@
 #include <dlfcn.h>
 #include <stdio.h>
 
+#include <atomic>
 #include <future>
 
 #include <android/log.h>
 
 #include "tests/provider/FakePlatform.h"
+#include "tests/support/Fault.h"
+#include "tests/support/Gate.h"
 #include "tests/support/ProviderTest.h"
 
 namespace orvo::test {
@@ -147,6 +150,8 @@ TEST_F(EntryPointTest, WhenNoneOfTheProvidersIsDeclaredTheObjectIsStillReturned)
 }
 
 TEST_F(EntryPointTest, WithoutAServiceManagerNothingIsConnected) {
+    recordFault("service look-up", "there is no service manager",
+                "the provider object is made, with no provider connected");
     run("external/0");
     mPlatform.hasServiceManager = false;
     const sp<ICameraProvider> provider = adopt(HIDL_FETCH_ICameraProvider("legacy/0"));
@@ -163,6 +168,8 @@ TEST_F(EntryPointTest, ADeclaredProviderThatDoesNotRunStaysUnconnected) {
 }
 
 TEST_F(EntryPointTest, AMissingMapFileGivesNullAndTheProcessGoesOn) {
+    recordFault("map file", "the file is missing",
+                "error lines; the entry point returns null, the process goes on");
     mPlatform.mapText.clear();
     EXPECT_EQ(HIDL_FETCH_ICameraProvider("legacy/0"), nullptr);
     EXPECT_THAT(
@@ -239,12 +246,18 @@ TEST_F(EntryPointDeathTest, AReplacementWithoutASlashEndsTheProcess) {
                                               errorLine("FATAL: Invalid provider name odd")})));
 }
 
-// The MR provider. A library that has been opened stays open for the process, so each test must run
-// in a process of its own, as CTest does it.
+// The MR provider. A library that has been opened stays open for the process, so each test needs a
+// process of its own, as CTest gives it.
 class MRProviderTest : public EntryPointTest {
   protected:
     MRProviderTest() : mProvider(new ScriptedProvider) {
         mPlatform.mrEntry = [this](const char*) { return mProvider.get(); };
+    }
+
+    void SetUp() override {
+        if (FakePlatform::libraryWasOpened()) {
+            GTEST_SKIP() << "an earlier test opened the MR library: run this one on its own";
+        }
     }
 
     void TearDown() override {
@@ -289,6 +302,8 @@ TEST_F(MRProviderTest, TheLibraryIsOpenedOnceAndItsEntryLookedUpEachTime) {
 }
 
 TEST_F(MRProviderTest, ALibraryThatCannotBeOpenedIsTriedAgainByTheNextCall) {
+    recordFault("dynamic loader", "the MR library cannot be opened",
+                "error lines; null, and the next call tries again");
     mPlatform.libraryOpens = false;
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(HIDL_FETCH_ICameraProvider("default/0"), nullptr);
@@ -305,6 +320,8 @@ TEST_F(MRProviderTest, ALibraryThatCannotBeOpenedIsTriedAgainByTheNextCall) {
 }
 
 TEST_F(MRProviderTest, ALibraryWithoutTheEntryStaysOpen) {
+    recordFault("dynamic loader", "the MR library lacks its entry",
+                "error lines; null, and the library stays open");
     mPlatform.libraryHasEntry = false;
     for (int i = 0; i < 2; ++i) {
         EXPECT_EQ(HIDL_FETCH_ICameraProvider("default/0"), nullptr);
@@ -315,6 +332,7 @@ TEST_F(MRProviderTest, ALibraryWithoutTheEntryStaysOpen) {
 }
 
 TEST_F(MRProviderTest, AnEntryThatReturnsNullGivesNull) {
+    recordFault("dynamic loader", "the MR library's entry returns null", "an error line; null");
     mPlatform.mrEntry = [](const char*) { return nullptr; };
     EXPECT_EQ(HIDL_FETCH_ICameraProvider("default/0"), nullptr);
     EXPECT_THAT(mLog.lines(), ElementsAre(calledLine("default/0"), mCreating, mFailed));
@@ -331,30 +349,41 @@ TEST_F(MRProviderTest, SeveralThreadsLoadTheLibraryOnce) {
 }
 
 TEST_F(MRProviderTest, TheEntryRunsWithoutTheLock) {
-    mPlatform.mrEntry = [this](const char*) {
-        mPlatform.mrEntry = [this](const char*) { return mProvider.get(); };
-        return HIDL_FETCH_ICameraProvider("default/0");  // Would wait for ever under the lock.
+    Gate firstCall;
+    std::atomic<int> calls = 0;
+    std::atomic<bool> firstIsInside = false;
+    mPlatform.mrEntry = [&](const char*) {
+        if (++calls == 1) {
+            firstIsInside = true;
+            firstCall.pass();
+            firstIsInside = false;
+        } else {
+            EXPECT_TRUE(firstIsInside) << "the second call had to wait for the first one";
+        }
+        return mProvider.get();
     };
+    auto first =
+            std::async(std::launch::async, [] { return HIDL_FETCH_ICameraProvider("default/0"); });
+    ASSERT_TRUE(firstCall.waitForArrivals(1));
     EXPECT_EQ(HIDL_FETCH_ICameraProvider("default/0"), mProvider.get());
-    EXPECT_THAT(mPlatform.mrNames, SizeIs(2));
+    firstCall.open();
+    EXPECT_EQ(first.get(), mProvider.get());
+    EXPECT_EQ(calls, 2);
 }
 
 // A second caller comes while the first one is inside the load: it waits, and loads nothing.
 TEST_F(MRProviderTest, ACallerDuringTheLoadWaitsForIt) {
-    std::promise<void> loading;
-    std::promise<void> released;
-    mPlatform.onOpen = [&] {
-        loading.set_value();
-        released.get_future().wait();
-    };
+    Gate loading;
+    mPlatform.onOpen = [&] { loading.pass(); };
     auto first =
             std::async(std::launch::async, [] { return HIDL_FETCH_ICameraProvider("default/0"); });
-    loading.get_future().wait();
-    auto second =
-            std::async(std::launch::async, [] { return HIDL_FETCH_ICameraProvider("default/0"); });
+    ASSERT_TRUE(loading.waitForArrivals(1));
+    auto second = std::async(std::launch::async,
+                             [] { return HIDL_FETCH_ICameraProvider("default/0/2"); });
+    ASSERT_TRUE(mLog.waitFor(calledLine("default/0/2")));
     EXPECT_EQ(second.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
     EXPECT_EQ(mPlatform.symbolLookups, 0);
-    released.set_value();
+    loading.open();
     EXPECT_EQ(first.get(), mProvider.get());
     EXPECT_EQ(second.get(), mProvider.get());
     EXPECT_EQ(mPlatform.opens, 1);

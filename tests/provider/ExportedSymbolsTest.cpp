@@ -4,8 +4,13 @@
 #include <cxxabi.h>
 #include <dlfcn.h>
 #include <elf.h>
+#include <signal.h>
+#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <iterator>
@@ -18,6 +23,8 @@
 #include <gtest/gtest.h>
 
 #include "provider/naming/DeviceMap.h"
+#include "tests/support/Allocations.h"
+#include "tests/support/Fault.h"
 
 namespace orvo::test {
 namespace {
@@ -55,6 +62,8 @@ class Library {
             const auto* const first =
                     reinterpret_cast<const Elf64_Sym*>(mBytes.data() + section.sh_offset);
             for (size_t i = 1; i < section.sh_size / sizeof(Elf64_Sym); ++i) {
+                // Some linkers list sections here, too, as local symbols without a name.
+                if (ELF64_ST_BIND(first[i].st_info) == STB_LOCAL) continue;
                 if ((first[i].st_shndx != SHN_UNDEF) == defined) {
                     names.push_back(strings + first[i].st_name);
                 }
@@ -115,6 +124,40 @@ TEST(ExportedSymbolsTest, TheLoadedLibraryHasAnEmptyMapAndAClearFlag) {
     EXPECT_FALSE(*flag);
     EXPECT_NE(objects["HIDL_FETCH_ICameraProvider"], nullptr);
     EXPECT_EQ(dlclose(library), 0);
+}
+
+// Loads the library in a process of its own, with memory for that many allocations; gives that
+// process's wait status.
+int loadWith(size_t allowed) {
+    const pid_t child = fork();
+    if (child == 0) {
+        const rlimit noCore = {0, 0};
+        setrlimit(RLIMIT_CORE, &noCore);
+        freopen("/dev/null", "w", stderr);
+        // Like the platform's loader, nobody here handles what comes out of the load.
+        [allowed]() noexcept {
+            const Allocations allocations(allowed);
+            if (dlopen(ORVO_PROVIDER_LIBRARY, RTLD_NOW) == nullptr) _exit(2);
+        }();
+        _exit(0);
+    }
+    int status = -1;
+    EXPECT_EQ(waitpid(child, &status, 0), child);
+    return status;
+}
+
+TEST(LibraryLoadTest, WithoutMemoryForItsTablesTheProcessEndsWhileTheLibraryLoads) {
+    recordFault("memory", "none is left for the tables that are made while the library loads",
+                "the process ends");
+    if (!Allocations::kWatched) GTEST_SKIP() << "operator new belongs to the sanitizer";
+    size_t allowed = 0;
+    int status = loadWith(allowed);
+    for (; status != 0 && allowed < 1000; status = loadWith(++allowed)) {
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT)
+                << "status " << status << " after " << allowed << " allocations";
+    }
+    EXPECT_EQ(status, 0);
+    EXPECT_GT(allowed, 8u) << "there were points to fail at: four tables, each copied";
 }
 
 }  // namespace

@@ -115,6 +115,7 @@ FakePlatform::ICameraProvider* callMREntry(const char* name) {
 
 // What dlopen hands out for the MR library.
 char gLibraryHandle;
+bool gLibraryWasOpened = false;  // Guarded by the platform's mutex while tests run.
 
 }  // namespace
 
@@ -133,6 +134,10 @@ FakePlatform& FakePlatform::current() {
         abort();
     }
     return *gCurrent;
+}
+
+bool FakePlatform::libraryWasOpened() {
+    return gLibraryWasOpened;
 }
 
 }  // namespace orvo::test
@@ -184,10 +189,13 @@ void* __wrap_dlopen(const char* path, int mode) {
     const std::lock_guard<std::mutex> lock(platform.mutex);
     ++platform.opens;
     platform.openMode = mode;
-    return platform.libraryOpens ? &orvo::test::gLibraryHandle : nullptr;
+    if (!platform.libraryOpens) return nullptr;
+    orvo::test::gLibraryWasOpened = true;
+    return &orvo::test::gLibraryHandle;
 }
 
-void* __wrap_dlsym(void* library, const char* symbol) {
+// A sanitizer's runtime calls it, too, before anything that was instrumented may run.
+[[clang::disable_sanitizer_instrumentation]] void* __wrap_dlsym(void* library, const char* symbol) {
     using orvo::test::FakePlatform;
     if (library != &orvo::test::gLibraryHandle) return __real_dlsym(library, symbol);
     FakePlatform& platform = FakePlatform::current();

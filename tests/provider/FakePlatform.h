@@ -38,6 +38,9 @@ class FakePlatform {
     /** The platform whose functions are being called; ends the process when there is none. */
     static FakePlatform& current();
 
+    /** True once any platform of this process has opened the MR library. */
+    static bool libraryWasOpened();
+
     // The service manager.
     bool hasServiceManager = true;
     bool queriesFail = false;  ///< Manifest queries, in transport.

@@ -10,6 +10,7 @@
 
 #include "tests/provider/FakePlatform.h"
 #include "tests/support/CapturedLog.h"
+#include "tests/support/Fault.h"
 #include "tests/support/ScriptedProvider.h"
 
 namespace orvo::test {
@@ -75,6 +76,8 @@ TEST_F(HardwareServiceInteractionProxyTest, WithoutAServiceManagerNothingIsListe
 }
 
 TEST_F(HardwareServiceInteractionProxyTest, AFailedQueryListsNothing) {
+    recordFault("service look-up", "the manifest query fails in transport",
+                "no provider counts as declared; nothing is logged");
     mPlatform.declared = {"legacy/0"};
     mPlatform.queriesFail = true;
     EXPECT_THAT(list(), IsEmpty());

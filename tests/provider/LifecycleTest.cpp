@@ -10,7 +10,9 @@
 #include <type_traits>
 
 #include "provider/naming/DeviceMap.h"
+#include "tests/support/Fault.h"
 #include "tests/support/ProviderTest.h"
+#include "tests/support/VirtualSlot.h"
 
 namespace orvo::test {
 namespace {
@@ -45,6 +47,34 @@ TEST_F(LifecycleTest, TheObjectHasThreeFaces) {
     const sp<hidl_death_recipient> recipient = mObject;
     EXPECT_LT(static_cast<void*>(recipient.get()), static_cast<void*>(callback.get()));
     EXPECT_EQ(mObject->getStrongCount(), 4) << "the faces share one count";
+}
+
+// The generated classes put their destructors, which take two slots, behind IBase's operations.
+TEST(VirtualSlotTest, TheProviderObjectsFunctionsFollowOneAnotherInTheirOrder) {
+    using android::hardware::camera::provider::V2_4::implementation::
+            OrvoCameraServiceImplementation;
+    using Object = OrvoCameraServiceImplementation;
+    using android::hardware::camera::provider::V2_4::ICameraProvider;
+    const size_t lastOfBase = virtualSlot(&ICameraProvider::unlinkToDeath);
+    const std::vector<size_t> slots = {
+            virtualSlot(&Object::setCallback),
+            virtualSlot(&Object::getVendorTags),
+            virtualSlot(&Object::getCameraIdList),
+            virtualSlot(&Object::isSetTorchModeSupported),
+            virtualSlot(&Object::getCameraDeviceInterface_V1_x),
+            virtualSlot(&Object::getCameraDeviceInterface_V3_x),
+            virtualSlot(&Object::serviceDied),
+            virtualSlot(&Object::cameraDeviceStatusChange),
+            virtualSlot(&Object::torchModeStatusChange),
+    };
+    for (size_t i = 0; i < slots.size(); ++i) EXPECT_EQ(slots[i], lastOfBase + 3 + i) << i;
+}
+
+TEST(VirtualSlotTest, TheServiceSeamsFunctionsComeFirstAndItsDestructorLast) {
+    using android::hardware::camera::provider::V2_4::implementation::ServiceInteractionProxy;
+    EXPECT_EQ(virtualSlot(&ServiceInteractionProxy::registerForNotifications), 0u);
+    EXPECT_EQ(virtualSlot(&ServiceInteractionProxy::getService), 1u);
+    EXPECT_EQ(virtualSlot(&ServiceInteractionProxy::listServices), 2u);
 }
 
 TEST_F(LifecycleTest, TheMembersAreDeclaredInTheOrderInWhichTheyAreDestroyedBackwards) {
@@ -141,6 +171,8 @@ TEST_F(LifecycleTest, AProviderThatIsNotDeclaredStaysUnconnected) {
 }
 
 TEST_F(LifecycleTest, AFailedConnectionIsLoggedAndTheNextOneIsMade) {
+    recordFault("service look-up", "one of two providers is not running at start-up",
+                "an error line, no retry; the other one is connected");
     mProxy->declared = {"external/0"};
     startService("virtual/0");
     makeObject("legacy/0", {"external/0", "virtual/0"});
@@ -177,6 +209,17 @@ TEST_F(LifecycleTest, AFailedConnectionOfExternalZeroIsNotRecordedAndNothingIsCl
     mObject->initialize();
     EXPECT_THAT(mProperties.writes(), IsEmpty());
     EXPECT_EQ(mProperties.value(kAddedProperty), "1");
+}
+
+TEST_F(LifecycleTest, AConnectionThatCannotBeRecordedStands) {
+    recordFault("property", "the record of external/0 cannot be written",
+                "ignored: the provider is connected");
+    startService("external/0");
+    makeObject("legacy/0", {"external/0"});
+    mProperties.writesFail = true;
+    EXPECT_TRUE(mObject->initialize());
+    EXPECT_TRUE(isConnected("external/0"));
+    EXPECT_EQ(mProperties.value(kAddedProperty), "");
 }
 
 TEST_F(LifecycleTest, AShimThatHasTheObjectAsItsCallbackKeepsItAlive) {
@@ -260,26 +303,19 @@ TEST_F(LifecycleDeathTest, AReplacementWithoutASlashEndsTheProcess) {
                                               errorLine("FATAL: Invalid provider name virtual")})));
 }
 
-// When the process that is about to end logged each of its last lines, and when it ended.
-std::chrono::steady_clock::time_point gShutdownStarted;
-
-void reportEnd() {
-    const auto waited = std::chrono::steady_clock::now() - gShutdownStarted;
-    const bool aboutOneSecond =
-            waited >= std::chrono::seconds(1) && waited < std::chrono::seconds(3);
-    fputs(aboutOneSecond ? "exit handlers ran after about 1 s\n" : "wrong wait\n", stderr);
-}
-
-TEST_F(LifecycleDeathTest, ShutdownWaitsASecondAndRunsTheExitHandlers) {
+TEST_F(LifecycleDeathTest, ShutdownWaitsASecondBetweenItsLinesAndRunsTheExitHandlers) {
     EXPECT_EXIT(
             {
                 const MirroredLog mirror;
-                atexit(reportEnd);
-                gShutdownStarted = std::chrono::steady_clock::now();
+                atexit([] { fputs("exit handlers ran\n", stderr); });
+                mSleep.onSleep = [](std::chrono::nanoseconds duration) {
+                    fprintf(stderr, "waited %lld ns\n", static_cast<long long>(duration.count()));
+                };
                 Object::shutdown();
             },
             ::testing::ExitedWithCode(1),
-            ::testing::EndsWith(shutdownText({}) + "exit handlers ran after about 1 s\n"));
+            ::testing::EndsWith(MirroredLog::text({shutdownLines()[0]}) + "waited 1000000000 ns\n" +
+                                MirroredLog::text({shutdownLines()[1]}) + "exit handlers ran\n"));
 }
 
 TEST_F(LifecycleDeathTest, ShutdownEndsTheProcessFromAnyThread) {

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // The death of an underlying provider: the dropped connection and the withdrawn cameras.
 
-#include <stdio.h>
-#include <sys/resource.h>
-#include <unistd.h>
-
-#include <fstream>
 #include <system_error>
 
+#include "tests/support/FailingThreads.h"
+#include "tests/support/Fault.h"
 #include "tests/support/RecoveryTest.h"
 
 namespace orvo::test {
@@ -95,6 +92,8 @@ TEST_F(ServiceDiedTest, AProviderThatIsAlreadyDisconnectedIsNotUnlinked) {
 }
 
 TEST_F(ServiceDiedTest, AFailedUnlinkIsIgnored) {
+    recordFault("death link", "the dead service cannot be unlinked",
+                "ignored: it is dropped and reconnected as ever");
     connect({"external/0"});
     service("external/0").unlinkFails = true;
     EXPECT_THAT(die("external/0"), ElementsAre(diedLine("external/0")));
@@ -153,6 +152,31 @@ TEST_F(ServiceDiedTest, TheFrameworkIsToldWithoutTheLockAndAfterAllDevicesAreFor
     EXPECT_THAT(mFramework->notifications(), SizeIs(4));
 }
 
+TEST_F(ServiceDiedTest, TheServiceIsUnlinkedBeforeItIsDropped) {
+    connect({"external/0"});
+    int unlinks = 0;
+    service("external/0").onCall = [&](const std::string& operation) {
+        if (operation != "unlinkToDeath") return;
+        ++unlinks;
+        EXPECT_EQ(mObject->mHalDescriptors.begin()->mProvider, mServices["external/0"]);
+        EXPECT_TRUE(activeDevicesAreUnlocked());
+    };
+    die("external/0");
+    EXPECT_EQ(unlinks, 1);
+    finishReconnections();
+}
+
+TEST_F(ServiceDiedTest, NothingIsLoggedUnderTheLock) {
+    connect({"external/0"});
+    setCallback();
+    reportPresent({"device@3.2/external/1", "device@3.2/external/2"});
+    mFramework->rejected = {"device@3.2/legacy/1"};
+    mLog.onLine = [this](const LogLine& line) {
+        EXPECT_TRUE(activeDevicesAreUnlocked()) << line.text;
+    };
+    EXPECT_THAT(die("external/0"), SizeIs(3));
+}
+
 TEST_F(ServiceDiedTest, WithoutACallbackTheDevicesAreForgottenSilently) {
     connect({"external/0"});
     reportPresent({"device@3.2/external/1", "device@3.2/external/2"});
@@ -172,6 +196,8 @@ TEST_F(ServiceDiedTest, TwoProvidersOfOneTypeLoseTheirDevicesTogether) {
 }
 
 TEST_F(ServiceDiedTest, ARejectedNotificationIsLoggedAndTheOthersAreStillSent) {
+    recordFault("framework's callback", "a withdrawal fails in transport",
+                "an error line; the others are sent, the device stays withdrawn");
     connect({"legacy/0"});
     setCallback();
     reportPresent({"device@3.2/legacy/0", "device@3.2/legacy/1", "device@3.2/legacy/2"});
@@ -345,52 +371,29 @@ TEST_F(WithdrawalTest, TheNotificationsStayWithOneCallback) {
     EXPECT_EQ(callback.promote(), nullptr);
 }
 
-using ServiceDiedDeathTest = ServiceDiedTest;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kSanitized = true;
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-constexpr bool kSanitized = true;
-#else
-constexpr bool kSanitized = false;
-#endif
-#else
-constexpr bool kSanitized = false;
-#endif
-
-// Leaves no room for the stack of another thread.
-void forbidThreads() {
-    size_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages;
-    const rlim_t size = pages * static_cast<rlim_t>(getpagesize()) + (1 << 20);
-    const rlimit limit = {size, size};
-    setrlimit(RLIMIT_AS, &limit);
-}
-
-TEST_F(ServiceDiedDeathTest, AThreadThatCannotBeStartedLeavesTheStandardLibrarysError) {
-    if (kSanitized) GTEST_SKIP() << "a sanitizer cannot live within the limit";
+TEST_F(ServiceDiedTest, AThreadThatCannotBeStartedLeavesTheStandardLibrarysError) {
+    recordFault("thread creation", "`pthread_create` fails when a provider has died",
+                "its cameras are withdrawn; the standard library's error leaves the death "
+                "notification");
     connect({"external/0"});
-    ASSERT_EQ(mObject->setCallback(mFramework), Status::OK);
+    setCallback();
     reportPresent({"device@3.2/external/1"});
-    EXPECT_EXIT(
-            {
-                const MirroredLog mirror;
-                const uint64_t deathCookie = cookie("external/0");
-                forbidThreads();
-                try {
-                    mObject->serviceDied(deathCookie, nullptr);
-                } catch (const std::system_error& error) {
-                    fputs("system error\n", stderr);
-                    _exit(descriptor("external/0")->mProvider == nullptr ? 0 : 2);
-                }
-                _exit(3);
-            },
-            ::testing::ExitedWithCode(0),
-            ::testing::EndsWith(
-                    MirroredLog::text({diedLine("external/0"), withdrawnLine(1, 1, "external")}) +
-                    "system error\n"))
+    const uint64_t deathCookie = cookie("external/0");
+    std::error_code code;
+    {
+        const FailingThreads failing;
+        try {
+            mObject->serviceDied(deathCookie, nullptr);
+        } catch (const std::system_error& error) {
+            code = error.code();
+        }
+    }
+    EXPECT_EQ(code, std::errc::resource_unavailable_try_again);
+    EXPECT_THAT(mLog.take(), ElementsAre(diedLine("external/0"), withdrawnLine(1, 1, "external")))
             << "the cameras are withdrawn before the thread is started";
+    EXPECT_EQ(descriptor("external/0")->mProvider, nullptr);
+    finishReconnections();
+    EXPECT_EQ(mProxy->lookups("external/0"), 1) << "nobody reconnects";
 }
 
 }  // namespace

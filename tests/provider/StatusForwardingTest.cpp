@@ -5,6 +5,7 @@
 
 #include <future>
 
+#include "tests/support/Fault.h"
 #include "tests/support/ProviderTest.h"
 
 namespace orvo::test {
@@ -61,7 +62,7 @@ TEST_F(SetCallbackTest, ShimsAreRegisteredInSetOrderAfterTheCallbackIsStored) {
     makeConnectedObject({"c/0", "a/0", "b/0"});
     std::vector<std::string> order;
     for (const char* name : {"a/0", "b/0", "c/0"}) {
-        mShims.shim(name)->onSetCallback = [&, name] {
+        mShims.shim(name)->onCall = [&, name](const std::string&) {
             order.push_back(name);
             EXPECT_EQ(mObject->mCallback, mFramework);
             EXPECT_TRUE(activeDevicesAreUnlocked());
@@ -99,6 +100,8 @@ TEST_F(SetCallbackTest, WithoutDescriptorsOnlyTheCallbackIsStored) {
 }
 
 TEST_F(SetCallbackTest, ATransportFailureEndsTheRegistration) {
+    recordFault("underlying `setCallback`", "fails in transport",
+                "an error line; answers INTERNAL_ERROR, the later providers are not registered");
     makeConnectedObject({"a/0", "b/0", "c/0"});
     mShims.shim("b/0")->setCallbackFails = true;
     EXPECT_EQ(setCallback(), Status::INTERNAL_ERROR);
@@ -110,6 +113,8 @@ TEST_F(SetCallbackTest, ATransportFailureEndsTheRegistration) {
 }
 
 TEST_F(SetCallbackTest, AProviderThatAnswersWithAnErrorStatusCountsAsRegistered) {
+    recordFault("underlying `setCallback`", "answers an error status",
+                "ignored: the provider counts as registered");
     makeConnectedObject({"a/0", "b/0"});
     mShims.shim("a/0")->setCallbackStatus = Status::INTERNAL_ERROR;
     mShims.shim("b/0")->setCallbackStatus = Status::ILLEGAL_ARGUMENT;
@@ -119,6 +124,8 @@ TEST_F(SetCallbackTest, AProviderThatAnswersWithAnErrorStatusCountsAsRegistered)
 }
 
 TEST_F(SetCallbackTest, AProviderWithoutAShimIsSkippedWithAWarning) {
+    recordFault("shim creation", "a shim is gone when the callback is set",
+                "a warning; the others are registered, the answer is OK");
     makeConnectedObject({"a/0", "b/0", "c/0"});
     mShims.drop("b/0");
     EXPECT_EQ(setCallback(), Status::OK);
@@ -260,6 +267,8 @@ TEST_F(DeviceStatusTest, ANameThatDoesNotParseLeavesLikeAnyOther) {
 }
 
 TEST_F(DeviceStatusTest, WithoutACallbackTheReportIsDroppedButItsChangesStand) {
+    recordFault("framework's callback", "there is none when a device status comes",
+                "a warning; the changes stand, nothing is replayed");
     mObject->mCallback = nullptr;
     EXPECT_TRUE(report("device@3.2/external/1", CameraDeviceStatus::PRESENT).isOk());
     EXPECT_THAT(activeDevices(), SizeIs(1));
@@ -275,6 +284,8 @@ TEST_F(DeviceStatusTest, WithoutACallbackTheReportIsDroppedButItsChangesStand) {
 }
 
 TEST_F(DeviceStatusTest, TheFrameworksTransportResultGoesBackToTheProvider) {
+    recordFault("framework's callback", "a device status fails in transport",
+                "the failure goes back to the provider; the changes stand");
     mFramework->rejected = {"device@3.2/legacy/1"};
     const Return<void> result = report("device@3.2/external/1", CameraDeviceStatus::PRESENT);
     EXPECT_FALSE(result.isOk());
@@ -283,11 +294,39 @@ TEST_F(DeviceStatusTest, TheFrameworksTransportResultGoesBackToTheProvider) {
 }
 
 TEST_F(DeviceStatusTest, ARefusedPropertyWriteChangesNothingElse) {
+    recordFault("property", "the ids grow too long for a value and the write is refused",
+                "the property keeps its value; the device is recorded and forwarded");
     mProperties.preset("camera.external.ids", std::string(91, '1'));
     EXPECT_TRUE(report("device@3.2/external/1", CameraDeviceStatus::PRESENT).isOk());
     EXPECT_EQ(ids("external"), std::string(91, '1'));
     EXPECT_THAT(activeDevices(), SizeIs(1));
     EXPECT_THAT(mFramework->notifications(), SizeIs(1));
+}
+
+TEST_F(DeviceStatusTest, APropertyThatCannotBeReadCountsAsEmpty) {
+    recordFault("property", "the ids cannot be read",
+                "they count as empty: the new id stands alone, and there is nothing to remove");
+    mProperties.preset("camera.external.ids", "7");
+    mProperties.readsFail = true;
+    EXPECT_TRUE(report("device@3.2/external/1", CameraDeviceStatus::PRESENT).isOk());
+    EXPECT_EQ(ids("external"), "1");
+    EXPECT_TRUE(report("device@3.2/external/1", CameraDeviceStatus::NOT_PRESENT).isOk());
+    EXPECT_EQ(ids("external"), "1");
+    EXPECT_THAT(activeDevices(), IsEmpty());
+    EXPECT_THAT(mFramework->notifications(), SizeIs(2));
+}
+
+TEST_F(DeviceStatusTest, APropertyThatCannotBeWrittenChangesNothingElse) {
+    recordFault("property", "the ids cannot be written",
+                "the property keeps its value; the device is recorded, forgotten and forwarded");
+    mProperties.preset("camera.external.ids", "7");
+    mProperties.writesFail = true;
+    EXPECT_TRUE(report("device@3.2/external/1", CameraDeviceStatus::PRESENT).isOk());
+    EXPECT_THAT(activeDevices(), SizeIs(1));
+    EXPECT_TRUE(report("device@3.2/external/1", CameraDeviceStatus::NOT_PRESENT).isOk());
+    EXPECT_THAT(activeDevices(), IsEmpty());
+    EXPECT_EQ(ids("external"), "7");
+    EXPECT_THAT(mFramework->notifications(), SizeIs(2));
 }
 
 TEST_F(DeviceStatusTest, ThePropertyIsEditedUnderTheLockAndTheFrameworkCalledOutsideIt) {
@@ -303,6 +342,24 @@ TEST_F(DeviceStatusTest, ThePropertyIsEditedUnderTheLockAndTheFrameworkCalledOut
     report("device@3.2/external/1", CameraDeviceStatus::NOT_PRESENT);
     EXPECT_EQ(writes, 2);
     EXPECT_THAT(mFramework->notifications(), SizeIs(2));
+}
+
+TEST_F(DeviceStatusTest, OnlyTheActiveDevicesAreLoggedUnderTheLock) {
+    mObject->mCallback = nullptr;
+    std::vector<std::string> unlocked;
+    mLog.onLine = [&](const LogLine& line) {
+        if (activeDevicesAreUnlocked()) unlocked.push_back(line.text);
+    };
+    report("camera0", CameraDeviceStatus::PRESENT);
+    mObject->torchModeStatusChange("camera0", TorchModeStatus::AVAILABLE_ON);
+    EXPECT_THAT(unlocked, ElementsAre("Got camera status change for camera0 and status PRESENT",
+                                      "providerDeviceNameToAndroidDeviceName camera0",
+                                      "Failed to parse device name camera0",
+                                      "cameraDeviceStatusChange:358 No callback registered",
+                                      "Torchmode changed  for camera0",
+                                      "providerDeviceNameToAndroidDeviceName camera0",
+                                      "torchModeStatusChange:375 No callback registered"));
+    EXPECT_THAT(mLog.lines(), SizeIs(unlocked.size() + 1)) << "one active device is logged";
 }
 
 TEST_F(DeviceStatusTest, AFrameworkThatCallsBackFromItsHandlerIsServed) {
@@ -379,13 +436,18 @@ TEST_F(DeviceStatusDeathTest, AnEmptyNameEndsTheProcessBeforeAnythingIsForwarded
     EXPECT_EXIT(
             {
                 const MirroredLog mirror;
+                mSleep.onSleep = [this](std::chrono::nanoseconds) {
+                    fputs(activeDevicesAreUnlocked() ? "unlocked\n" : "locked\n", stderr);
+                };
                 (void)report("", CameraDeviceStatus::PRESENT).isOk();
             },
             ::testing::ExitedWithCode(1),
-            ::testing::EndsWith(shutdownText(
-                    {gotChange("", "PRESENT"), translated(""),
-                     errorLine("FATAL: Failed to find replacement provider for legacy/0. Name "
-                               "can't be empty.")})));
+            ::testing::EndsWith(
+                    MirroredLog::text({gotChange("", "PRESENT"), translated(""),
+                                       errorLine("FATAL: Failed to find replacement provider for "
+                                                 "legacy/0. Name can't be empty."),
+                                       shutdownLines()[0]}) +
+                    "unlocked\n" + MirroredLog::text({shutdownLines()[1]})));
 }
 
 using TorchStatusTest = DeviceStatusTest;
@@ -418,6 +480,8 @@ TEST_F(TorchStatusTest, WithoutACallbackItIsDropped) {
 }
 
 TEST_F(TorchStatusTest, TheFrameworksTransportResultGoesBackToTheProvider) {
+    recordFault("framework's callback", "a torch status fails in transport",
+                "the failure goes back to the provider");
     mFramework->rejected = {"device@3.2/legacy/1"};
     const Return<void> result =
             mObject->torchModeStatusChange("device@3.2/external/1", TorchModeStatus::AVAILABLE_ON);

@@ -3,6 +3,7 @@
 
 #include <signal.h>
 
+#include "tests/support/Fault.h"
 #include "tests/support/ProviderTest.h"
 
 namespace orvo::test {
@@ -101,6 +102,8 @@ TEST_F(VendorTagsTest, SectionsOfOneNameStaySeparate) {
 }
 
 TEST_F(VendorTagsTest, AFailingProvidersSectionsAreKeptAndItsStatusIsAnswered) {
+    recordFault("underlying `getVendorTags`", "answers an error status",
+                "an error line; its sections are kept, its status is answered");
     connect({"a/0", "b/0"});
     script("a/0").status = Status::INTERNAL_ERROR;
     script("a/0").value = {section("s")};
@@ -129,6 +132,8 @@ TEST_F(VendorTagsTest, TheServiceIsAskedAndNotTheShim) {
 }
 
 TEST_F(VendorTagsTest, AfterAProviderThatDoesNotAnswerTheOthersSectionsMoveUp) {
+    recordFault("underlying `getVendorTags`", "returns without an answer",
+                "the later sections move up by one marker");
     connect({"a/0", "b/0", "c/0"});
     script("a/0").answers = 0;
     script("b/0").value = {section("of b")};
@@ -140,6 +145,8 @@ TEST_F(VendorTagsTest, AfterAProviderThatDoesNotAnswerTheOthersSectionsMoveUp) {
 }
 
 TEST_F(VendorTagsTest, AProviderThatIsNotConnectedIsNotAskedAndTheOthersKeepTheirMarkers) {
+    recordFault("underlying `getVendorTags`", "the provider is not connected",
+                "it is not asked; its marker stands alone");
     connect({"a/0", "b/0", "c/0"});
     script("a/0").value = {section("of a")};
     script("c/0").value = {section("of c")};
@@ -162,7 +169,9 @@ TEST_F(VendorTagsTest, NoConnectedProviderLeavesTheMarkersAlone) {
 TEST_F(VendorTagsTest, AProviderThatDiesDuringAnEarlierAnswerIsNotAsked) {
     connect({"a/0", "b/0", "c/0"});
     script("c/0").value = {section("of c")};
-    mServices["a/0"]->onGetVendorTags = [this] { descriptor("b/0")->mProvider = nullptr; };
+    mServices["a/0"]->onCall = [this](const std::string&) {
+        descriptor("b/0")->mProvider = nullptr;
+    };
     get();
     EXPECT_EQ(script("b/0").calls, 0);
     EXPECT_THAT(mSections,
@@ -170,9 +179,13 @@ TEST_F(VendorTagsTest, AProviderThatDiesDuringAnEarlierAnswerIsNotAsked) {
 }
 
 TEST_F(VendorTagsTest, AProviderThatDiesDuringItsOwnAnswerIsHeard) {
+    recordFault("underlying `getVendorTags`", "the provider dies during its answer",
+                "it is held until then, and its sections are kept");
     connect({"a/0", "b/0"});
     script("a/0").value = {section("of a")};
-    mServices["a/0"]->onGetVendorTags = [this] { descriptor("a/0")->mProvider = nullptr; };
+    mServices["a/0"]->onCall = [this](const std::string&) {
+        descriptor("a/0")->mProvider = nullptr;
+    };
     get();
     EXPECT_THAT(mSections, ElementsAre(section("a/0"), section("of a"), section("b/0")));
 }
@@ -209,6 +222,34 @@ TEST_F(VendorTagsTest, ASecondAnswerOfTheOnlyConnectedProviderIsDropped) {
     EXPECT_THAT(mLog.take(), ElementsAre(dropped));
 }
 
+// A provider that answers, and then answers again that it failed.
+class SecondThoughts : public ScriptedProvider {
+  public:
+    Return<void> getVendorTags(getVendorTags_cb _hidl_cb) override {
+        _hidl_cb(Status::OK, {section("first")});
+        _hidl_cb(Status::CAMERA_DISCONNECTED, {section("second")});
+        return android::hardware::Void();
+    }
+};
+
+TEST_F(VendorTagsTest, TheStatusOfADroppedAnswerCountsWhetherOrNotAllProvidersAreConnected) {
+    recordFault("underlying `getVendorTags`", "answers twice",
+                "an error line; the surplus sections are dropped, their status counts");
+    connect({"a/0", "b/0"});
+    mServices["b/0"] = new SecondThoughts;
+    descriptor("b/0")->mProvider = mServices["b/0"];
+    for (const bool otherIsConnected : {true, false}) {
+        SCOPED_TRACE(otherIsConnected);
+        if (!otherIsConnected) descriptor("a/0")->mProvider = nullptr;
+        get();
+        EXPECT_EQ(mStatus, Status::CAMERA_DISCONNECTED);
+        EXPECT_THAT(mSections, ElementsAre(section("a/0"), section("b/0"), section("first")));
+        EXPECT_THAT(mLog.take(),
+                    ElementsAre(mFailure, errorLine("Dropping vendor tags: more answers than "
+                                                    "providers")));
+    }
+}
+
 TEST_F(VendorTagsTest, AnEarlySecondAnswerTakesTheNextProvidersPlace) {
     connect({"a/0", "b/0"});
     script("a/0").value = {section("of a")};
@@ -222,6 +263,8 @@ TEST_F(VendorTagsTest, AnEarlySecondAnswerTakesTheNextProvidersPlace) {
 using VendorTagsDeathTest = VendorTagsTest;
 
 TEST_F(VendorTagsDeathTest, ATransportFailureIsLeftToThePlatformWhichEndsTheProcess) {
+    recordFault("underlying `getVendorTags`", "fails in transport",
+                "the platform ends the process, which starts afresh");
     connect({"a/0"});
     script("a/0").answers = 0;
     script("a/0").transportFails = true;

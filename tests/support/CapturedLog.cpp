@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hooks into the log library.
+// Stands in front of the log library: defines the function that code logs with. The library's own
+// hook is younger than the device's platform, and these tests run there, too.
 
 #include "tests/support/CapturedLog.h"
 
+#include <stdarg.h>
 #include <stdio.h>
 #include <stdlib.h>
 
 #include <algorithm>
+#include <atomic>
 #include <utility>
 
 #include <android/log.h>
@@ -14,17 +17,18 @@
 namespace orvo::test {
 namespace {
 
+constexpr size_t kLongestText = 1024;  // Where the log library cuts a text, its NUL included.
+
 std::mutex gCurrentMutex;
 CapturedLog* gCurrent = nullptr;  // Guarded by gCurrentMutex.
+std::atomic<bool> gMirrored = false;
 
-void capture(const __android_logger_data* data, const char* message) {
+// False when nobody captures.
+bool capture(const LogLine& line) {
     const std::lock_guard<std::mutex> lock(gCurrentMutex);
-    if (gCurrent == nullptr) return;
-    gCurrent->add({data->priority, data->tag == nullptr ? "" : data->tag, message});
-}
-
-void mirror(const __android_logger_data* data, const char* message) {
-    fputs(MirroredLog::text({{data->priority, data->tag, message}}).c_str(), stderr);
+    if (gCurrent == nullptr) return false;
+    gCurrent->add(line);
+    return true;
 }
 
 void setCurrent(CapturedLog* log) {
@@ -45,11 +49,9 @@ void PrintTo(const LogLine& line, std::ostream* stream) {
 
 CapturedLog::CapturedLog() {
     setCurrent(this);
-    __android_log_set_logger(capture);
 }
 
 CapturedLog::~CapturedLog() {
-    __android_log_set_logger(__android_log_stderr_logger);
     setCurrent(nullptr);
 }
 
@@ -74,9 +76,12 @@ bool CapturedLog::waitFor(const LogLine& line, std::chrono::milliseconds timeout
 }
 
 void CapturedLog::add(const LogLine& line) {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    mLines.push_back(line);
-    mAdded.notify_all();
+    {
+        const std::lock_guard<std::mutex> lock(mMutex);
+        mLines.push_back(line);
+        mAdded.notify_all();
+    }
+    if (onLine) onLine(line);
 }
 
 size_t CapturedLog::countLocked(const LogLine& line) const {
@@ -84,7 +89,7 @@ size_t CapturedLog::countLocked(const LogLine& line) const {
 }
 
 MirroredLog::MirroredLog() {
-    __android_log_set_logger(mirror);
+    gMirrored = true;
 }
 
 std::string MirroredLog::text(const std::vector<LogLine>& lines) {
@@ -96,3 +101,20 @@ std::string MirroredLog::text(const std::vector<LogLine>& lines) {
 }
 
 }  // namespace orvo::test
+
+// The program's own definition comes before that of any library, also for the libraries' calls.
+extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {
+    char text[orvo::test::kLongestText];
+    va_list arguments;
+    va_start(arguments, format);
+    vsnprintf(text, sizeof(text), format, arguments);
+    va_end(arguments);
+
+    const orvo::test::LogLine line = {priority, tag == nullptr ? "" : tag, text};
+    if (orvo::test::gMirrored) {
+        fputs(orvo::test::MirroredLog::text({line}).c_str(), stderr);
+    } else if (!orvo::test::capture(line)) {
+        __android_log_write(priority, tag, text);
+    }
+    return 1;
+}

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <ostream>
 #include <string>
@@ -43,6 +44,9 @@ class CapturedLog {
     size_t count(const LogLine& line) const;
     /** Waits until exactly this line has been logged. False when it does not come in time. */
     bool waitFor(const LogLine& line, std::chrono::milliseconds timeout = kPatience);
+
+    /** Runs for every line, on the thread that logs it, after it was added. Must not log. */
+    std::function<void(const LogLine&)> onLine;
 
     void add(const LogLine& line);
 

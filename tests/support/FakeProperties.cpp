@@ -66,13 +66,13 @@ std::string FakeProperties::read(const std::string& name) {
         const std::lock_guard<std::mutex> lock(mMutex);
         mReads.push_back(name);
     }
-    return value(name);
+    return readsFail ? "" : value(name);
 }
 
 bool FakeProperties::write(const std::string& name, const std::string& value) {
     if (onWrite) onWrite();
     const std::lock_guard<std::mutex> lock(mMutex);
-    const bool accepted = isLegalName(name) && value.size() < PROPERTY_VALUE_MAX;
+    const bool accepted = !writesFail && isLegalName(name) && value.size() < PROPERTY_VALUE_MAX;
     if (accepted) mValues[name] = value;
     mWrites.push_back({name, value, accepted});
     return accepted;

@@ -2,6 +2,7 @@
 // A property store in memory, behind the platform's property functions, that records every write.
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -42,6 +43,9 @@ class FakeProperties {
     /** The names that were read so far, oldest first. */
     std::vector<std::string> reads() const;
 
+    /** Every read fails, which gives its default; every write is refused. */
+    std::atomic<bool> readsFail = false;
+    std::atomic<bool> writesFail = false;
     /** Runs at the start of every write, before the store is locked. */
     std::function<void()> onWrite;
 

@@ -27,7 +27,6 @@ sp<FakeServiceInteractionProxy::ICameraProvider> FakeServiceInteractionProxy::ge
     if (onGetService) onGetService(serviceName);
     const std::lock_guard<std::mutex> lock(mMutex);
     ++mLookups[serviceName];
-    mLookupTimes.push_back(std::chrono::steady_clock::now());
     mLookedUp.notify_all();
     const auto found = mServices.find(serviceName);
     return found == mServices.end() ? nullptr : found->second;
@@ -60,12 +59,6 @@ bool FakeServiceInteractionProxy::waitForLookups(const std::string& serviceName,
                                                  std::chrono::milliseconds timeout) {
     std::unique_lock<std::mutex> lock(mMutex);
     return mLookedUp.wait_for(lock, timeout, [&] { return mLookups[serviceName] >= count; });
-}
-
-std::vector<std::chrono::steady_clock::time_point> FakeServiceInteractionProxy::lookupTimes()
-        const {
-    const std::lock_guard<std::mutex> lock(mMutex);
-    return mLookupTimes;
 }
 
 int FakeServiceInteractionProxy::listings() const {

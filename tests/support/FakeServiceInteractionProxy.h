@@ -39,8 +39,6 @@ class FakeServiceInteractionProxy
     /** Waits for that many look-ups of the name. False when they do not come in time. */
     bool waitForLookups(const std::string& serviceName, int count,
                         std::chrono::milliseconds timeout = kPatience);
-    /** When each look-up happened, oldest first. */
-    std::vector<std::chrono::steady_clock::time_point> lookupTimes() const;
     int listings() const;
 
     /** What listServices answers. Set before the proxy is shared. */
@@ -54,7 +52,6 @@ class FakeServiceInteractionProxy
     std::condition_variable mLookedUp;
     std::map<std::string, android::sp<ICameraProvider>> mServices;  // Key: instance name.
     std::map<std::string, int> mLookups;                            // Key: instance name.
-    std::vector<std::chrono::steady_clock::time_point> mLookupTimes;
     int mListings = 0;
 };
 

@@ -15,6 +15,7 @@
 #include "tests/support/FakeProviderMapper.h"
 #include "tests/support/FakeServiceInteractionProxy.h"
 #include "tests/support/FakeShimFactory.h"
+#include "tests/support/FakeSleep.h"
 #include "tests/support/RecordingCallback.h"
 #include "tests/support/ScriptedProvider.h"
 
@@ -65,6 +66,7 @@ class ProviderTest : public ::testing::Test {
 
     FakeProperties mProperties;
     FakeShimFactory mShims;
+    FakeSleep mSleep;
     CapturedLog mLog;
     std::shared_ptr<FakeServiceInteractionProxy> mProxy;
     std::shared_ptr<FakeProviderMapper> mMapper;

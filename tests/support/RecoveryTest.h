@@ -14,8 +14,9 @@
 namespace orvo::test {
 
 /**
- * Reconnection threads wait at mReconnection, in front of their first look-up, until a test or the
- * end of it opens that gate. TearDown proves that each of them has ended.
+ * Reconnection threads wait at mReconnection, in their first pause, until a test or the end of it
+ * opens that gate; no pause takes any time from then on. TearDown proves that each of them has
+ * ended.
  */
 class RecoveryTest : public ProviderTest {
   protected:

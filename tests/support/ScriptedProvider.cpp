@@ -11,6 +11,10 @@ using android::DEAD_OBJECT;
 using android::hardware::hidl_string;
 using HidlStatus = android::hardware::Status;
 
+void ScriptedProvider::begin(const char* operation) {
+    if (onCall) onCall(operation);
+}
+
 template <typename Value, typename ResultCallback>
 android::hardware::Return<void> ScriptedProvider::play(Script<Value>& script,
                                                        const ResultCallback& resultCallback) {
@@ -25,7 +29,7 @@ android::hardware::Return<void> ScriptedProvider::play(Script<Value>& script,
 
 ScriptedProvider::Return<ScriptedProvider::Status> ScriptedProvider::setCallback(
         const sp<Callback>& callback) {
-    if (onSetCallback) onSetCallback();
+    begin("setCallback");
     const std::lock_guard<std::mutex> lock(mMutex);
     mCallbacks.push_back(callback);
     if (setCallbackFails) return HidlStatus::fromStatusT(DEAD_OBJECT);
@@ -33,21 +37,24 @@ ScriptedProvider::Return<ScriptedProvider::Status> ScriptedProvider::setCallback
 }
 
 ScriptedProvider::Return<void> ScriptedProvider::getVendorTags(getVendorTags_cb _hidl_cb) {
-    if (onGetVendorTags) onGetVendorTags();
+    begin("getVendorTags");
     return play(vendorTags, _hidl_cb);
 }
 
 ScriptedProvider::Return<void> ScriptedProvider::getCameraIdList(getCameraIdList_cb _hidl_cb) {
+    begin("getCameraIdList");
     return play(cameraIds, _hidl_cb);
 }
 
 ScriptedProvider::Return<void> ScriptedProvider::isSetTorchModeSupported(
         isSetTorchModeSupported_cb _hidl_cb) {
+    begin("isSetTorchModeSupported");
     return play(torchSupport, _hidl_cb);
 }
 
 ScriptedProvider::Return<void> ScriptedProvider::getCameraDeviceInterface_V1_x(
         const hidl_string& name, getCameraDeviceInterface_V1_x_cb _hidl_cb) {
+    begin("getCameraDeviceInterface_V1_x");
     {
         const std::lock_guard<std::mutex> lock(mMutex);
         mAskedDevices.push_back("1 " + std::string(name));
@@ -57,6 +64,7 @@ ScriptedProvider::Return<void> ScriptedProvider::getCameraDeviceInterface_V1_x(
 
 ScriptedProvider::Return<void> ScriptedProvider::getCameraDeviceInterface_V3_x(
         const hidl_string& name, getCameraDeviceInterface_V3_x_cb _hidl_cb) {
+    begin("getCameraDeviceInterface_V3_x");
     {
         const std::lock_guard<std::mutex> lock(mMutex);
         mAskedDevices.push_back("3 " + std::string(name));
@@ -66,6 +74,7 @@ ScriptedProvider::Return<void> ScriptedProvider::getCameraDeviceInterface_V3_x(
 
 ScriptedProvider::Return<bool> ScriptedProvider::linkToDeath(const sp<Recipient>& recipient,
                                                              uint64_t cookie) {
+    begin("linkToDeath");
     if (linkFails) return HidlStatus::fromStatusT(DEAD_OBJECT);
     if (linkRefused) return false;
     {
@@ -77,6 +86,7 @@ ScriptedProvider::Return<bool> ScriptedProvider::linkToDeath(const sp<Recipient>
 }
 
 ScriptedProvider::Return<bool> ScriptedProvider::unlinkToDeath(const sp<Recipient>& recipient) {
+    begin("unlinkToDeath");
     const std::lock_guard<std::mutex> lock(mMutex);
     ++mUnlinkCalls;
     if (unlinkFails) return HidlStatus::fromStatusT(DEAD_OBJECT);

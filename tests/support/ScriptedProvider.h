@@ -58,13 +58,13 @@ class ScriptedProvider : public android::hardware::camera::provider::V2_4::ICame
     Script<sp<DeviceV1>> deviceV1;
     Script<sp<DeviceV3>> deviceV3;
     Status setCallbackStatus = Status::OK;
-    bool setCallbackFails = false;          ///< In transport.
-    std::function<void()> onSetCallback;    ///< Runs at the start of setCallback.
-    std::function<void()> onGetVendorTags;  ///< Runs at the start of getVendorTags.
-    bool linkFails = false;                 ///< In transport.
-    bool linkRefused = false;               ///< The call succeeds and answers false.
-    bool unlinkFails = false;               ///< In transport.
-    std::function<void()> onLinked;         ///< Runs at the end of a successful linkToDeath.
+    bool setCallbackFails = false;   ///< In transport.
+    bool linkFails = false;          ///< In transport.
+    bool linkRefused = false;        ///< The call succeeds and answers false.
+    bool unlinkFails = false;        ///< In transport.
+    std::function<void()> onLinked;  ///< Runs at the end of a successful linkToDeath.
+    /** Runs at the start of every operation, with its name. */
+    std::function<void(const std::string& operation)> onCall;
 
     struct Link {
         android::wp<Recipient> recipient;
@@ -81,6 +81,7 @@ class ScriptedProvider : public android::hardware::camera::provider::V2_4::ICame
     void die();
 
   private:
+    void begin(const char* operation);
     template <typename Value, typename ResultCallback>
     Return<void> play(Script<Value>& script, const ResultCallback& resultCallback);
 

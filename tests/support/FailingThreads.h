@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: Apache-2.0
+// Lets a test run out of threads.
+#pragma once
+
+namespace orvo::test {
+
+/**
+ * While one exists, no thread of the process can start another: pthread_create, and with it
+ * std::thread, fails as it does when the system's limit is reached.
+ */
+class FailingThreads {
+  public:
+    FailingThreads();
+    ~FailingThreads();
+    FailingThreads(const FailingThreads&) = delete;
+    FailingThreads& operator=(const FailingThreads&) = delete;
+};
+
+}  // namespace orvo::test

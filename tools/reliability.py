@@ -1,0 +1,79 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Writes docs/reliability.md from what the tests say about the faults that they play.
+
+usage: reliability.py [--check] BUILD_DIRECTORY
+
+With --check nothing is written: it fails when the document is not up to date.
+"""
+
+import argparse
+import pathlib
+import re
+import sys
+
+import gtest_programs
+
+DOCUMENT = pathlib.Path(__file__).resolve().parent.parent / "docs" / "reliability.md"
+PROGRAMS = ("provider_entry_point_tests", "provider_tests", "mapper_tests",
+            "provider_library_tests")
+INTRODUCTION = """\
+# Reliability
+
+What the library does when something around it fails. Every call that leaves the library is here:
+each row is a fault that a test plays, and what that test holds the library to. `make reliability`
+writes this table from the tests' own output, and a test fails while it is not up to date.
+
+Faults that the library answers for by itself come back as a false, a null or a camera status, with
+a line in the log. A transport failure in the middle of `getCameraIdList` or `getVendorTags` ends the
+process on purpose, and the platform starts it afresh. Errors of the standard library, for want of
+memory or threads, are not caught.
+
+| what is called | fault | what happens | test |
+|---|---|---|---|
+"""
+
+
+def properties(case):
+    return {item.get("name"): item.get("value") for item in case.iter("property")}
+
+
+def plain_name(case):
+    """The test as its source names it: without what its parameters add."""
+    suite = re.sub(r"^[^/]+/(?=[A-Z])", "", case.get("classname"))
+    return f"{suite.split('/')[0]}.{case.get('name').split('/')[0]}"
+
+
+def rows(build):
+    """Rows (call, fault, outcome, test), each once, the faults of one call together."""
+    found = {}
+    for program in PROGRAMS:
+        for case in gtest_programs.run(build / "bin" / program):
+            said = properties(case)
+            if "fault" not in said:
+                continue
+            if case.get("result") != "completed":
+                sys.exit(f"{gtest_programs.full_name(case)} did not run, but has a fault to tell of")
+            row = (said["call"], said["fault"], said["outcome"], f"`{plain_name(case)}`")
+            found.setdefault(said["call"], {})[row] = None
+    return [row for call in found.values() for row in call]
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    parser.add_argument("--check", action="store_true")
+    parser.add_argument("build", type=pathlib.Path, metavar="BUILD_DIRECTORY")
+    arguments = parser.parse_args()
+    try:
+        table = [f"| {' | '.join(row)} |\n" for row in rows(arguments.build)]
+    except gtest_programs.ProgramFailed as error:
+        sys.exit(str(error))
+    text = INTRODUCTION + "".join(table)
+    if not arguments.check:
+        DOCUMENT.write_text(text, encoding="utf-8")
+        print(f"{len(table)} faults: {DOCUMENT}")
+    elif not DOCUMENT.exists() or DOCUMENT.read_text(encoding="utf-8") != text:
+        sys.exit("docs/reliability.md is not what the tests say: run make reliability")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: Apache-2.0
+// From the command line to the exit status.
+
+#include "mapcheck/MapCheck.h"
+
+#include <stdio.h>
+
+#include <algorithm>
+
+#include "mapcheck/EntryChecks.h"
+#include "mapcheck/Finding.h"
+#include "mapcheck/Manifest.h"
+#include "mapcheck/MapFile.h"
+#include "mapcheck/Report.h"
+
+namespace orvo::mapcheck {
+namespace {
+
+void append(const Findings& findings, std::vector<Finding>* all) {
+    const std::vector<Finding> sorted = findings.byLine();
+    all->insert(all->end(), sorted.begin(), sorted.end());
+}
+
+// One manifest from all files; false when one of them is of no use.
+bool readManifests(const std::vector<std::string>& files, Manifest* manifest,
+                   std::vector<Finding>* all) {
+    bool usable = true;
+    for (const std::string& file : files) {
+        Findings findings(file);
+        usable = manifest->addFile(file, &findings) && usable;
+        append(findings, all);
+    }
+    return usable;
+}
+
+int checkMap(const std::string& file, const Surroundings& surroundings, std::vector<Finding>* all) {
+    Findings findings(file);
+    const MapFile map = MapFile::read(file, &findings);
+    if (map.usable) checkEntries(map.entries, surroundings, &findings);
+    append(findings, all);
+    if (!map.usable) return UNUSABLE;
+    return findings.empty() ? CLEAN : FINDINGS;
+}
+
+int checkAll(const Options& options, std::vector<Finding>* all) {
+    Manifest manifest;
+    // Without all of it, declared instances would be taken for undeclared ones.
+    if (!readManifests(options.manifests, &manifest, all)) return UNUSABLE;
+
+    Surroundings surroundings;
+    if (!options.manifests.empty()) surroundings.manifest = &manifest;
+    surroundings.devices = options.devices;
+    int status = CLEAN;
+    for (const std::string& file : options.files) {
+        status = std::max(status, checkMap(file, surroundings, all));
+    }
+    return status;
+}
+
+}  // namespace
+
+int checkMaps(int argc, char** argv, DescriptionReader readDescription) {
+    Options options;
+    std::string error;
+    if (!parseOptions(argc, argv, readDescription, &options, &error)) {
+        fprintf(stderr, "orvo-mapcheck: %s\n", error.c_str());
+        return UNUSABLE;
+    }
+    if (options.help) {
+        fputs(helpText(readDescription != nullptr).c_str(), stdout);
+        return CLEAN;
+    }
+    std::vector<Finding> all;
+    const int status = checkAll(options, &all);
+    fputs((options.json ? toJson(all) : toText(all)).c_str(), stdout);
+    if (fflush(stdout) == 0) return status;
+    perror("orvo-mapcheck: the findings cannot be written");
+    return UNUSABLE;
+}
+
+}  // namespace orvo::mapcheck

@@ -1,0 +1,149 @@
+// SPDX-License-Identifier: Apache-2.0
+// Tells the entries of a map file from what the library ignores in it.
+
+#include "mapcheck/MapFile.h"
+
+#include <strings.h>
+
+#include <map>
+
+#include "mapcheck/XmlFile.h"
+#include "mapper/ProviderMapper.h"
+
+namespace orvo::mapcheck {
+namespace {
+
+constexpr char kEntryElement[] = "instance";
+constexpr char kReplaceAttribute[] = "replace";
+constexpr char kForm[] = R"(<instance replace="external/0">legacy/0</instance>)";
+
+bool isEntry(const xmlNode* node) {
+    return isElement(node, kEntryElement);
+}
+
+std::string tag(const xmlNode* node) {
+    return "<" + nameOf(node) + ">";
+}
+
+// Whoever wrote it meant an entry: it has the attribute, or the name but for its case.
+bool looksLikeEntry(const xmlNode* node) {
+    return strcasecmp(nameOf(node).c_str(), kEntryElement) == 0 ||
+           attributeOf(node, kReplaceAttribute).has_value();
+}
+
+// The node after `node` in document order below `top`; null after the last one. What an entity
+// stands for does not belong to the tree.
+const xmlNode* next(const xmlNode* node, const xmlNode* top) {
+    if (node->type == XML_ELEMENT_NODE && node->children != nullptr) return node->children;
+    while (node != top && node->next == nullptr) node = node->parent;
+    return node == top ? nullptr : node->next;
+}
+
+// Entries below a child of the root element, which the reader never looks at. True if there are
+// any.
+bool reportNested(const xmlNode* child, Findings* findings) {
+    const char* const keyToo =
+            isEntry(child) ? "; its text becomes part of the key of the entry around it" : "";
+    bool any = false;
+    for (const xmlNode* node = next(child, child); node != nullptr; node = next(node, child)) {
+        if (!isEntry(node)) continue;
+        any = true;
+        findings->error(lineOf(node), "nested",
+                        tag(node) + " is ignored, it is nested too deep; make it a child of the " +
+                                "root element" + keyToo);
+    }
+    return any;
+}
+
+// An element that only groups entries is no mistake beside theirs.
+void reportOtherElement(const xmlNode* node, bool hasNested, Findings* findings) {
+    const std::string message = tag(node) + " is ignored; only elements named <instance>, in " +
+                                "lower case, are entries";
+    if (looksLikeEntry(node)) {
+        findings->error(lineOf(node), "other-element", message);
+    } else if (!hasNested) {
+        findings->warning(lineOf(node), "other-element", message);
+    }
+}
+
+void takeEntry(const xmlNode* node, MapFile* map, Findings* findings) {
+    const std::string key = contentOf(node);
+    const auto value = attributeOf(node, kReplaceAttribute);
+    if (value.has_value()) {
+        map->entries.push_back({lineOf(node), key, *value});
+        return;
+    }
+    findings->error(lineOf(node), "no-replace",
+                    "the entry " + quoted(key) + " is ignored, it has no \"replace\" attribute; " +
+                            "name the provider that stands behind it");
+}
+
+void takeChild(const xmlNode* node, MapFile* map, Findings* findings) {
+    if (node->type == XML_ENTITY_REF_NODE) {
+        findings->error(lineOf(node), "entity-reference",
+                        "&" + nameOf(node) + "; is ignored, entries that an entity stands for " +
+                                "are not read; write them out");
+        return;
+    }
+    if (node->type != XML_ELEMENT_NODE) return;
+    const bool hasNested = reportNested(node, findings);
+    if (isEntry(node)) {
+        takeEntry(node, map, findings);
+    } else {
+        reportOtherElement(node, hasNested, findings);
+    }
+}
+
+void reportRoot(const xmlNode* root, const MapFile& map, Findings* findings) {
+    if (isEntry(root) && attributeOf(root, kReplaceAttribute).has_value()) {
+        findings->error(lineOf(root), "root-is-entry",
+                        "the root element is ignored, only its children are entries; put it into " +
+                                std::string("a root element such as <providers>"));
+    }
+    if (map.entries.empty()) {
+        findings->error(lineOf(root), "no-entry",
+                        "the map is empty, so no instance but \"default/0\" is served; write " +
+                                std::string("entries such as ") + kForm +
+                                " as children of the root element " + tag(root));
+    }
+}
+
+bool sameAsLibrary(const std::vector<MapEntry>& entries, const camera::ProviderMapper& mapper) {
+    std::map<std::string, std::vector<std::string>> map;
+    for (const MapEntry& entry : entries) map[entry.key].push_back(entry.value);
+    return map == mapper.mProviderMap;
+}
+
+}  // namespace
+
+MapFile MapFile::read(const std::string& path, Findings* findings) {
+    MapFile map{false, {}};
+    const XmlFile file = XmlFile::read(path);
+    if (file.document == nullptr) {
+        findings->error(
+                file.mistake.line, file.mistake.code,
+                file.mistake.message + "; with this map no instance but \"default/0\" is served");
+        return map;
+    }
+    const xmlNode* const root = xmlDocGetRootElement(file.document.get());
+    for (const xmlNode* node = root->children; node != nullptr; node = node->next) {
+        takeChild(node, &map, findings);
+    }
+    reportRoot(root, map, findings);
+    if (file.nulLine.has_value()) {
+        findings->warning(*file.nulLine, "nul-byte",
+                          "what follows the NUL byte is ignored; remove the byte");
+    }
+
+    const XmlErrors silence;
+    camera::ProviderMapper mapper;
+    map.usable = mapper.loadMapFromFile(path.c_str()) && sameAsLibrary(map.entries, mapper);
+    if (!map.usable) {
+        findings->error(kWholeFile, "changed",
+                        "is not what the library read a moment later; check it again when nobody "
+                        "writes it");
+    }
+    return map;
+}
+
+}  // namespace orvo::mapcheck

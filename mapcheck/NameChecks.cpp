@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+// The form of keys and values. One mistake gives one finding where a second would only follow.
+
+#include "mapcheck/NameChecks.h"
+
+#include "mapcheck/XmlFile.h"
+
+namespace orvo::mapcheck {
+namespace {
+
+// The entry point compares as many characters of a name as there are here.
+constexpr char kMRInstance[] = "default/0";
+
+bool hasSlash(const std::string& name) {
+    return name.find('/') != std::string::npos;
+}
+
+bool beginsWithMRInstance(const std::string& key) {
+    return key.compare(0, sizeof kMRInstance - 1, kMRInstance) == 0;
+}
+
+// Blanks and commas are part of a name, and so it is a name that nobody has. `what` is "key" or
+// "value". True when there are none.
+bool checkCharacters(const std::string& name, const std::string& what, const char* consequence,
+                     long line, Findings* findings) {
+    const std::string start = "the " + what + " " + quoted(name);
+    const std::string bare = trimmed(name);
+    if (bare.size() < name.size()) {
+        findings->error(line, ("blanks-around-" + what).c_str(),
+                        start + " has blanks or line breaks around it, which are part of the " +
+                                "name: " + consequence + "; write " + quoted(bare));
+    }
+    const bool comma = bare.find(',') != std::string::npos;
+    if (comma || bare.find_first_of(kXmlBlanks) != std::string::npos) {
+        findings->error(line, ((comma ? "comma-in-" : "blanks-in-") + what).c_str(),
+                        start + " is one name and never split: " + consequence +
+                                "; write one entry for each name");
+        return false;
+    }
+    return bare.size() == name.size();
+}
+
+}  // namespace
+
+std::string typeOf(const std::string& instance) {
+    return instance.substr(0, instance.find('/'));
+}
+
+bool isPlainName(const std::string& name) {
+    return hasSlash(name) && name.find_first_of(std::string(kXmlBlanks) + ",") == std::string::npos;
+}
+
+bool isAskedFor(const std::string& key) {
+    return isPlainName(key) && !beginsWithMRInstance(key);
+}
+
+bool checkKey(const MapEntry& entry, Findings* findings) {
+    const std::string& key = entry.key;
+    if (!checkCharacters(key, "key", "no instance has it", entry.line, findings)) return false;
+    if (beginsWithMRInstance(key)) {
+        findings->error(entry.line, "mr-key",
+                        "the key " + quoted(key) + " never reaches the map: every instance that " +
+                                "begins with \"default/0\" is the MR provider; remove the entry");
+        return false;
+    }
+    if (!hasSlash(key)) {
+        findings->error(entry.line, "key-without-slash",
+                        "the key " + quoted(key) + " has no \"/\": a service that is started for " +
+                                "it ends before it reads the map; write a name such as " +
+                                "\"legacy/0\"");
+        return false;
+    }
+    return true;
+}
+
+bool checkValue(const MapEntry& entry, Findings* findings) {
+    const std::string& value = entry.value;
+    const std::string start = "the value " + quoted(value);
+    const bool good = checkCharacters(value, "value", "no provider has it", entry.line, findings);
+    if (!hasSlash(value)) {
+        const bool fatal = isAskedFor(entry.key);
+        const std::string consequence =
+                fatal ? "the service ends whenever it is started for " + quoted(entry.key)
+                      : "it would end the service if its key were ever asked for";
+        findings->error(
+                entry.line, fatal ? "fatal-value" : "value-without-slash",
+                start + " has no \"/\": " + consequence + "; write a name such as \"external/0\"");
+        return false;
+    }
+    if (!good) return false;
+    if (value == entry.key) {
+        findings->error(entry.line, "own-name",
+                        start + " is its own key: its start waits for a service that only the " +
+                                "end of its start registers; name another provider");
+        return false;
+    }
+    if (value != typeOf(value) + "/0") {
+        findings->error(entry.line, "not-instance-0",
+                        start + " is not of the form TYPE/0: its cameras are looked for behind " +
+                                quoted(typeOf(value) + "/0") + " and can never be opened; let " +
+                                "the provider serve as that");
+        return false;
+    }
+    return true;
+}
+
+}  // namespace orvo::mapcheck

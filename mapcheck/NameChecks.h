@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: Apache-2.0
+// What can be said about one entry from its two names alone.
+#pragma once
+
+#include <string>
+
+#include "mapcheck/Finding.h"
+#include "mapcheck/MapFile.h"
+
+namespace orvo::mapcheck {
+
+/** The part of an instance name before its first "/"; all of it where there is none. */
+std::string typeOf(const std::string& instance);
+
+/** True for a name with a "/" and without the blanks and commas that no instance has. */
+bool isPlainName(const std::string& name);
+
+/** True when the library looks the key up in the map once the service is started for it. */
+bool isAskedFor(const std::string& key);
+
+/** Checks the form of the key. True when nothing was found. */
+bool checkKey(const MapEntry& entry, Findings* findings);
+
+/** Checks the form of the value. True when nothing was found. */
+bool checkValue(const MapEntry& entry, Findings* findings);
+
+}  // namespace orvo::mapcheck

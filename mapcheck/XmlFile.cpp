@@ -1,0 +1,178 @@
+// SPDX-License-Identifier: Apache-2.0
+// Parses with libxml2's defaults, as xmlParseMemory does, but notes the line of every element.
+
+#include "mapcheck/XmlFile.h"
+
+#include <errno.h>
+#include <stdint.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+
+#include <libxml/SAX2.h>
+#include <libxml/parser.h>
+#include <libxml/parserInternals.h>
+
+#include "mapcheck/Finding.h"
+
+namespace orvo::mapcheck {
+namespace {
+
+struct FileCloser {
+    void operator()(FILE* file) const { fclose(file); }
+};
+struct ParserFreer {
+    void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
+};
+struct XmlStringFreer {
+    void operator()(xmlChar* text) const { xmlFree(text); }
+};
+using XmlString = std::unique_ptr<xmlChar, XmlStringFreer>;
+
+constexpr char kUnreadable[] = "unreadable";
+constexpr char kNotXml[] = "not-xml";
+
+const char* toText(const xmlChar* text) {
+    return text == nullptr ? "" : reinterpret_cast<const char*>(text);
+}
+
+// The document's own line numbers stop at 65535, so each node carries its line where libxml2 leaves
+// room for its user.
+void noteLine(xmlParserCtxt* parser, xmlNode* node) {
+    if (node != nullptr) {
+        node->_private = reinterpret_cast<void*>(intptr_t{xmlSAX2GetLineNumber(parser)});
+    }
+}
+
+void onElement(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
+               int namespaceCount, const xmlChar** namespaces, int attributeCount,
+               int defaultedCount, const xmlChar** attributes) {
+    xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount,
+                          defaultedCount, attributes);
+    auto* const parser = static_cast<xmlParserCtxt*>(context);
+    noteLine(parser, parser->node);
+}
+
+void onReference(void* context, const xmlChar* name) {
+    xmlSAX2Reference(context, name);
+    auto* const parser = static_cast<xmlParserCtxt*>(context);
+    if (parser->node != nullptr) noteLine(parser, parser->node->last);
+}
+
+// Why the file cannot be read, or nothing and its bytes.
+std::optional<XmlMistake> readBytes(const std::string& path, std::string* bytes) {
+    struct stat status;
+    if (stat(path.c_str(), &status) != 0) {
+        return XmlMistake{kUnreadable, kWholeFile,
+                          std::string("cannot be opened (") + strerror(errno) + ")"};
+    }
+    // Each file is read twice, which a pipe would not survive.
+    if (!S_ISREG(status.st_mode)) {
+        return XmlMistake{kUnreadable, kWholeFile, "is not a regular file"};
+    }
+    if (status.st_size > std::numeric_limits<int>::max()) {
+        return XmlMistake{kNotXml, kWholeFile, "is larger than the parser can take"};
+    }
+    const std::unique_ptr<FILE, FileCloser> file(fopen(path.c_str(), "r"));
+    if (file == nullptr) {
+        return XmlMistake{kUnreadable, kWholeFile,
+                          std::string("cannot be opened (") + strerror(errno) + ")"};
+    }
+    std::array<char, 65536> buffer;
+    size_t count;
+    while ((count = fread(buffer.data(), 1, buffer.size(), file.get())) > 0) {
+        bytes->append(buffer.data(), count);
+    }
+    return std::nullopt;
+}
+
+// Null when the text is not a document.
+xmlDoc* parse(const char* text, size_t size) {
+    const std::unique_ptr<xmlParserCtxt, ParserFreer> parser(
+            xmlCreateMemoryParserCtxt(text, static_cast<int>(size)));
+    if (parser == nullptr) return nullptr;
+    parser->sax->startElementNs = onElement;
+    parser->sax->reference = onReference;
+    xmlParseDocument(parser.get());
+    if (parser->wellFormed) return parser->myDoc;
+    xmlFreeDoc(parser->myDoc);
+    return nullptr;
+}
+
+}  // namespace
+
+XmlFile XmlFile::read(const std::string& path) {
+    XmlFile file{};
+    std::string bytes;
+    if (const auto mistake = readBytes(path, &bytes)) {
+        file.mistake = *mistake;
+        return file;
+    }
+    const size_t size = strlen(bytes.c_str());
+    if (size == 0) {
+        file.mistake = {"empty-file", kWholeFile,
+                        bytes.empty() ? "is empty" : "begins with a NUL byte"};
+        return file;
+    }
+    if (size < bytes.size()) {
+        file.nulLine =
+                std::count(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(size), '\n') + 1;
+    }
+    const XmlErrors errors;
+    file.document.reset(parse(bytes.c_str(), size));
+    if (file.document == nullptr) {
+        file.mistake = errors.first().value_or(
+                XmlMistake{kNotXml, kWholeFile, "is not XML (the parser gave up)"});
+    }
+    return file;
+}
+
+long lineOf(const xmlNode* node) {
+    return static_cast<long>(reinterpret_cast<intptr_t>(node->_private));
+}
+
+std::string nameOf(const xmlNode* node) {
+    return toText(node->name);
+}
+
+std::string contentOf(const xmlNode* node) {
+    return toText(XmlString(xmlNodeGetContent(node)).get());
+}
+
+std::optional<std::string> attributeOf(const xmlNode* node, const char* name) {
+    const XmlString value(xmlGetProp(node, reinterpret_cast<const xmlChar*>(name)));
+    if (value == nullptr) return std::nullopt;
+    return toText(value.get());
+}
+
+bool isElement(const xmlNode* node, const char* name) {
+    return node->type == XML_ELEMENT_NODE && strcmp(toText(node->name), name) == 0;
+}
+
+std::string trimmed(const std::string& text) {
+    const size_t first = text.find_first_not_of(kXmlBlanks);
+    if (first == std::string::npos) return "";
+    return text.substr(first, text.find_last_not_of(kXmlBlanks) - first + 1);
+}
+
+XmlErrors::XmlErrors() {
+    xmlSetStructuredErrorFunc(this, take);
+}
+
+XmlErrors::~XmlErrors() {
+    xmlSetStructuredErrorFunc(nullptr, nullptr);
+}
+
+void XmlErrors::take(void* errors, xmlError* error) {
+    auto& first = static_cast<XmlErrors*>(errors)->mFirst;
+    if (first.has_value() || error->level != XML_ERR_FATAL) return;
+    std::string text = error->message == nullptr ? "" : trimmed(error->message);
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    first = XmlMistake{kNotXml, error->line, "is not XML (" + text + ")"};
+}
+
+}  // namespace orvo::mapcheck

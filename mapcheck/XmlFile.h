@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+// An XML file, parsed as the library parses its map, in which every element knows its line.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <libxml/tree.h>
+
+namespace orvo::mapcheck {
+
+struct DocumentFreer {
+    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
+};
+
+/** Why a file is of no use. */
+struct XmlMistake {
+    const char* code;
+    long line;  ///< kWholeFile if there is none.
+    std::string message;
+};
+
+/** What became of a file. */
+struct XmlFile {
+    std::unique_ptr<xmlDoc, DocumentFreer> document;  ///< Null if there is a mistake.
+    XmlMistake mistake;
+    std::optional<long> nulLine;  ///< Where a NUL byte ends the document before the file ends.
+
+    /** Reads a regular file. Prints nothing; waits for nothing. */
+    static XmlFile read(const std::string& path);
+};
+
+/** The line on which the start tag of an element of an XmlFile ends, or an entity is referred to.
+ */
+long lineOf(const xmlNode* node);
+
+std::string nameOf(const xmlNode* node);
+/** All text inside the node, verbatim. */
+std::string contentOf(const xmlNode* node);
+std::optional<std::string> attributeOf(const xmlNode* node, const char* name);
+bool isElement(const xmlNode* node, const char* name);
+
+constexpr char kXmlBlanks[] = " \t\r\n";
+/** Without blanks and line breaks around it. */
+std::string trimmed(const std::string& text);
+
+/**
+ * While one exists, libxml2 reports its errors on this thread to it and prints none. At most one at
+ * a time.
+ */
+class XmlErrors {
+  public:
+    XmlErrors();
+    ~XmlErrors();
+    XmlErrors(const XmlErrors&) = delete;
+    XmlErrors& operator=(const XmlErrors&) = delete;
+
+    /** The first error that makes a document malformed. */
+    const std::optional<XmlMistake>& first() const { return mFirst; }
+
+  private:
+    static void take(void* errors, xmlError* error);
+
+    std::optional<XmlMistake> mFirst;
+};
+
+}  // namespace orvo::mapcheck

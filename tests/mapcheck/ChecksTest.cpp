@@ -1,0 +1,251 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is wrong with entries that the library accepts.
+
+#include <chrono>
+
+#include "tests/mapcheck/MapCheckTest.h"
+
+namespace orvo::test {
+namespace {
+
+using ::testing::SizeIs;
+
+std::string entry(const std::string& value, const std::string& key = "legacy/0") {
+    return "<instance replace=\"" + value + "\">" + key + "</instance>\n";
+}
+
+// The first entry is on line 2.
+std::string mapOf(const std::string& entries) {
+    return "<providers>\n" + entries + "</providers>\n";
+}
+
+class ChecksTest : public MapCheckTest {
+  protected:
+    // A manifest that declares these instances of the camera provider.
+    std::string manifest(const std::vector<std::string>& instances) {
+        std::string text = R"(<manifest version="1.0" type="device"><hal format="hidl">
+            <name> android.hardware.camera.provider </name><transport>hwbinder</transport>
+            <version>2.4</version><interface><name>ICameraProvider</name>)";
+        for (const auto& instance : instances) text += "<instance> " + instance + "\n</instance>";
+        return mDirectory.write("manifest.xml", text + "</interface></hal></manifest>");
+    }
+};
+
+TEST_F(ChecksTest, BlanksAroundAKeyAreAnError) {
+    expect(mapOf(entry("external/0", "\n  legacy/0\r\n\t")),
+           {"2: error: the key \"\\n  legacy/0\\n\\t\" has blanks or line breaks around it, which "
+            "are part of the name: no instance has it; write \"legacy/0\" [blanks-around-key]"});
+}
+
+TEST_F(ChecksTest, BlanksAroundAValueAreAnError) {
+    expect(mapOf(entry(" external/0&#10;")),
+           {"2: error: the value \" external/0\\n\" has blanks or line breaks around it, which are "
+            "part of the name: no provider has it; write \"external/0\" [blanks-around-value]"});
+}
+
+TEST_F(ChecksTest, BlanksInsideNamesAreErrors) {
+    expect(mapOf(entry("external/0 virtual/0", "legacy/0 legacy/1")),
+           {"2: error: the key \"legacy/0 legacy/1\" is one name and never split: no instance has "
+            "it; write one entry for each name [blanks-in-key]",
+            "2: error: the value \"external/0 virtual/0\" is one name and never split: no provider "
+            "has it; write one entry for each name [blanks-in-value]"});
+}
+
+TEST_F(ChecksTest, CommasInNamesAreErrors) {
+    expect(mapOf(entry("external/0, virtual/0", "legacy/0,legacy/1")),
+           {"2: error: the key \"legacy/0,legacy/1\" is one name and never split: no instance has "
+            "it; write one entry for each name [comma-in-key]",
+            "2: error: the value \"external/0, virtual/0\" is one name and never split: no "
+            "provider has it; write one entry for each name [comma-in-value]"});
+}
+
+TEST_F(ChecksTest, AValueWithoutASlashEndsTheService) {
+    expect(mapOf(entry("external/0") + entry("virtual")),
+           {"3: error: the value \"virtual\" has no \"/\": the service ends whenever it is started "
+            "for \"legacy/0\"; write a name such as \"external/0\" [fatal-value]"});
+}
+
+TEST_F(ChecksTest, AnEmptyValueEndsTheServiceToo) {
+    expect(mapOf(entry("")),
+           {"2: error: the value \"\" has no \"/\": the service ends whenever it is started for "
+            "\"legacy/0\"; write a name such as \"external/0\" [fatal-value]"});
+}
+
+TEST_F(ChecksTest, AValueWithoutASlashBehindAKeyThatNobodyAsksForEndsNothing) {
+    expect(mapOf(entry("virtual", "default/0")),
+           {"2: error: the key \"default/0\" never reaches the map: every instance that begins "
+            "with \"default/0\" is the MR provider; remove the entry [mr-key]",
+            "2: error: the value \"virtual\" has no \"/\": it would end the service if its key "
+            "were ever asked for; write a name such as \"external/0\" [value-without-slash]"});
+}
+
+TEST_F(ChecksTest, KeysThatBeginLikeTheMRProviderNeverReachTheMap) {
+    expect(mapOf(entry("external/0", "default/01") + entry("external/0", "default/1")),
+           {"2: error: the key \"default/01\" never reaches the map: every instance that begins "
+            "with \"default/0\" is the MR provider; remove the entry [mr-key]"});
+}
+
+TEST_F(ChecksTest, AKeyWithoutASlashIsAnError) {
+    expect(mapOf(entry("external/0", "legacy") + "<instance replace=\"external/0\"/>"),
+           {"2: error: the key \"legacy\" has no \"/\": a service that is started for it ends "
+            "before it reads the map; write a name such as \"legacy/0\" [key-without-slash]",
+            "3: error: the key \"\" has no \"/\": a service that is started for it ends before it "
+            "reads the map; write a name such as \"legacy/0\" [key-without-slash]"});
+}
+
+TEST_F(ChecksTest, OtherInstancesThanZeroAreErrors) {
+    expect(mapOf(entry("external/1") + entry("usb/") + entry("virtual/0/x")),
+           {"2: error: the value \"external/1\" is not of the form TYPE/0: its cameras are looked "
+            "for behind \"external/0\" and can never be opened; let the provider serve as that "
+            "[not-instance-0]",
+            "3: error: the value \"usb/\" is not of the form TYPE/0: its cameras are looked for "
+            "behind \"usb/0\" and can never be opened; let the provider serve as that "
+            "[not-instance-0]",
+            "4: error: the value \"virtual/0/x\" is not of the form TYPE/0: its cameras are looked "
+            "for behind \"virtual/0\" and can never be opened; let the provider serve as that "
+            "[not-instance-0]"});
+}
+
+TEST_F(ChecksTest, AnInstanceBehindItselfIsAnError) {
+    expect(mapOf(entry("legacy/0")),
+           {"2: error: the value \"legacy/0\" is its own key: its start waits for a service that "
+            "only the end of its start registers; name another provider [own-name]"});
+}
+
+TEST_F(ChecksTest, ARepeatedEntryIsAWarningAndNothingElse) {
+    expect(mapOf(entry("external/1") + entry("virtual/0") + entry("external/1")),
+           {"2: error: the value \"external/1\" is not of the form TYPE/0: its cameras are looked "
+            "for behind \"external/0\" and can never be opened; let the provider serve as that "
+            "[not-instance-0]",
+            "4: warning: \"external/1\" is already behind \"legacy/0\", so this entry adds "
+            "nothing; remove it [duplicate]",
+            "2: note: the first entry of the two"});
+}
+
+TEST_F(ChecksTest, OneProviderBehindTwoInstancesIsNoDuplicate) {
+    expectClean(mapOf(entry("external/0", "legacy/0") + entry("external/0", "legacy/1")));
+}
+
+TEST_F(ChecksTest, TwoProvidersOfOneTypeBehindOneInstanceAreAWarning) {
+    expect(mapOf(entry("external/0") + entry("virtual/0") + entry("external/1")),
+           {"4: warning: \"external/1\" and \"external/0\" are both of the type \"external\": the "
+            "death of one withdraws the cameras of both [same-type]",
+            "2: note: the first provider of this type",
+            "4: error: the value \"external/1\" is not of the form TYPE/0: its cameras are looked "
+            "for behind \"external/0\" and can never be opened; let the provider serve as that "
+            "[not-instance-0]"});
+}
+
+TEST_F(ChecksTest, WhatTheManifestDoesNotDeclareIsAnError) {
+    expect(mapOf(entry("external/0") + entry("virtual/0") + entry("external/0", "aggregate/0")),
+           {"3: error: the manifest does not declare the value \"virtual/0\": it is never "
+            "connected; declare it or correct the name [undeclared-value]",
+            "4: error: the manifest does not declare the key \"aggregate/0\": nobody can get a "
+            "service of that name; declare it or correct the name [undeclared-key]"},
+           {"--manifest", manifest({"external/0", "legacy/0"})});
+}
+
+TEST_F(ChecksTest, WithoutAManifestNothingIsUndeclared) {
+    expectClean(mapOf(entry("external/0")));
+}
+
+TEST_F(ChecksTest, AManifestThatDeclaresEverythingLeavesTheMapClean) {
+    expectClean(mapOf(entry("external/0")), {"--manifest", manifest({"external/0", "legacy/0"})});
+}
+
+TEST_F(ChecksTest, FragmentsOfAManifestAddUpAndMayUseFqnames) {
+    const std::string fragment = mDirectory.write("fragment.xml", R"(<manifest version="2.0">
+        <hal><name>android.hardware.camera.provider</name>
+            <fqname>@2.4::ICameraProvider/external/0</fqname>
+            <fqname> @2.5::ICameraProvider/virtual/0 </fqname></hal></manifest>)");
+    expectClean(mapOf(entry("external/0") + entry("virtual/0")),
+                {"--manifest", manifest({"legacy/0"}), "--manifest=" + fragment});
+}
+
+TEST_F(ChecksTest, OtherInterfacesAndVersionsDeclareNothing) {
+    const std::string other = mDirectory.write("other.xml", R"(<manifest version="2.0">
+        <hal format="hidl"><name>android.hardware.camera.provider</name><version>2.3</version>
+            <version>3.4</version>
+            <interface><name>ICameraProvider</name><instance>external/0</instance></interface>
+            <fqname>@2.3::ICameraProvider/external/0</fqname>
+            <fqname>@2.4::IOther/external/0</fqname><fqname>ICameraProvider/external/0</fqname>
+            <fqname>::ICameraProvider/external/0</fqname></hal>
+        <hal format="hidl"><name>vendor.other</name><version>2.4</version>
+            <interface><name>ICameraProvider</name><instance>external/0</instance></interface></hal>
+        <hal format="aidl"><name>android.hardware.camera.provider</name><version>2.4</version>
+            <interface><name>ICameraProvider</name><instance>external/0</instance></interface></hal>
+        <hal format="hidl"><name>android.hardware.camera.provider</name><version>2.4</version>
+            <interface><name>IOther</name><instance>external/0</instance></interface></hal>
+    </manifest>)");
+    expect(mapOf(entry("external/0")),
+           {"2: error: the manifest does not declare the value \"external/0\": it is never "
+            "connected; declare it or correct the name [undeclared-value]"},
+           {"--manifest", manifest({"legacy/0"}), "--manifest", other});
+}
+
+TEST_F(ChecksTest, CamerasOfOneNameInTheFrameworkAreAnError) {
+    expect(mapOf(entry("external/0") + entry("virtual/0")),
+           {"3: error: device@3.2/external/7 and device@3.2/virtual/7 are both device@3.2/legacy/7 "
+            "to the framework: only the one that is reported last can be opened; give one of them "
+            "another id [device-collision]",
+            "2: note: the provider of device@3.2/external/7"},
+           {"--devices", "external/0=device@3.2/external/6,device@3.2/external/7", "--devices",
+            "virtual/0=device@3.2/virtual/7"});
+}
+
+TEST_F(ChecksTest, CamerasOfOtherVersionsInstancesOrProvidersDoNotCollide) {
+    expectClean(mapOf(entry("external/0") + entry("virtual/0") + entry("usb/0", "legacy/1")),
+                {"--devices", "external/0=device@3.2/external/7,device@3.2/external/7",
+                 "--devices=virtual/0=device@1.0/virtual/7", "--devices", "usb/0=device@3.2/usb/7",
+                 "--devices", "foreign/0=device@3.2/foreign/7"});
+}
+
+TEST_F(ChecksTest, TheDescriptionsOfTheHeadsetAreGivenForItsCameras) {
+    const std::string providers = std::string(ORVO_HEADSET) + "/providers/";
+    const std::vector<std::string> both = {"--description", providers + "external.yaml",
+                                           "--description", providers + "virtual.yaml"};
+    expectClean(mapOf(entry("external/0") + entry("virtual/0")), both);
+
+    auto collidingToo = both;
+    collidingToo.insert(collidingToo.end(), {"--devices", "usb/0=device@1.0/usb/8"});
+    expect(mapOf(entry("external/0") + entry("virtual/0") + entry("usb/0")),
+           {"4: error: device@1.0/virtual/8 and device@1.0/usb/8 are both device@1.0/legacy/8 to "
+            "the framework: only the one that is reported last can be opened; give one of them "
+            "another id [device-collision]",
+            "3: note: the provider of device@1.0/virtual/8"},
+           collidingToo);
+}
+
+TEST_F(ChecksTest, TheMapOfTheHeadsetIsClean) {
+    const std::string etc = std::string(ORVO_HEADSET) + "/vendor/etc/";
+    const ProgramEnd end =
+            run({etc + "orvo_vendor_manifest.xml", "--manifest", etc + "vintf/manifest.xml"});
+    EXPECT_EQ(end.out, "");
+    EXPECT_EQ(end.status, 0);
+}
+
+TEST_F(ChecksTest, NamesAreWrittenOnOneLineInBothForms) {
+    expect(mapOf(entry("a\\&quot;,&#9;&#127;é/0")),
+           {"2: error: the value \"a\\\\\\\",\\t\x7Fé/0\" is one name and never split: no provider "
+            "has it; write one entry for each name [comma-in-value]"});
+}
+
+// With every entry compared with every other one, this would take hours.
+TEST_F(ChecksTest, ThreeHundredThousandEntriesTakeSeconds) {
+    std::string entries;
+    for (int i = 0; i < 100000; ++i) {
+        const std::string number = std::to_string(i);
+        entries += entry("type" + number + "/0") + entry("type" + number + "/0") +
+                   entry("external/0", "key" + number + "/0");
+    }
+    const std::string map = mDirectory.write("map.xml", mapOf(entries));
+    const auto start = std::chrono::steady_clock::now();
+    const std::vector<JsonFinding> found = findingsOf(map);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
+    ASSERT_THAT(found, SizeIs(200000)) << "100,000 duplicates with a note each";
+    EXPECT_EQ(found[199998].line, 300000);
+    EXPECT_EQ(found[199999].line, 299999);
+}
+
+}  // namespace
+}  // namespace orvo::test

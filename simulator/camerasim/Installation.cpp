@@ -13,9 +13,21 @@ namespace orvo::simulator {
 using android::base::Error;
 using android::base::Result;
 
+namespace {
+
+// From the directory of the programs in an installation, <prefix>/lib/orvo-camera/bin. What a
+// person calls is a link to there, which this path has already followed.
+constexpr char kInstalledDevice[] = "../../../share/orvo-camera/devices/headset";
+
+std::filesystem::path thisProgram(std::error_code& failure) {
+    return std::filesystem::read_symlink("/proc/self/exe", failure);
+}
+
+}  // namespace
+
 Result<Installation> Installation::ofThisProgram() {
     std::error_code failure;
-    const auto self = std::filesystem::read_symlink("/proc/self/exe", failure);
+    const auto self = thisProgram(failure);
     if (failure) {
         return Error() << "cannot find out where this program is (" << failure.message()
                        << "); mount /proc";
@@ -33,10 +45,19 @@ Result<Installation> Installation::ofThisProgram() {
          {found.serviceManager, found.cameraProviderService, found.simulatedProvider,
           found.providerLibrary, found.mrProviderLibrary}) {
         if (access(file.c_str(), R_OK) != 0) {
-            return Error() << "'" << file << "' is missing; build everything first (make)";
+            return Error() << "'" << file << "' is missing; build everything first (make build), or"
+                           << " install the tools again";
         }
     }
     return found;
+}
+
+std::string Installation::defaultDevice() {
+    std::error_code failure;
+    const auto self = thisProgram(failure);
+    const auto installed = (self.parent_path() / kInstalledDevice).lexically_normal();
+    if (!failure && std::filesystem::is_directory(installed, failure)) return installed;
+    return ORVO_DEFAULT_DEVICE;
 }
 
 }  // namespace orvo::simulator

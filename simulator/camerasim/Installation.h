@@ -21,9 +21,14 @@ struct Installation {
     /**
      * Programs beside this one, libraries in `../lib`.
      *
-     * @return an error, one line that names the missing file, if the build is not complete.
+     * @return an error, one line that names the missing file, if the build or the installation is
+     * not complete.
      */
     static android::base::Result<Installation> ofThisProgram();
+
+    /** The device that is used when none is named: installed beside this program, or the source's.
+     */
+    static std::string defaultDevice();
 };
 
 }  // namespace orvo::simulator

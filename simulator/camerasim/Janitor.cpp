@@ -26,19 +26,23 @@ using android::base::Error;
 using android::base::Result;
 using android::base::unique_fd;
 
+std::string directoryOfDirectories() {
+    const char* parent = getenv("TMPDIR");
+    return parent == nullptr || *parent == '\0' ? "/tmp" : parent;
+}
+
 namespace {
 
 /** The directory, or nothing and the reason in `why`. */
 std::string makeDirectory(std::string* why) {
-    const char* parent = getenv("TMPDIR");
-    if (parent == nullptr || *parent == '\0') parent = "/tmp";
+    const std::string parent = directoryOfDirectories();
     char absolute[PATH_MAX];
-    if (realpath(parent, absolute) == nullptr) {
-        *why = std::string("cannot use the temporary directory '") + parent + "' (" +
-               strerror(errno) + "); set TMPDIR to one that is there";
+    if (realpath(parent.c_str(), absolute) == nullptr) {
+        *why = "cannot use the temporary directory '" + parent + "' (" + strerror(errno) +
+               "); set TMPDIR to one that is there";
         return "";
     }
-    std::string path = std::string(absolute) + "/camerasim.XXXXXX";
+    std::string path = std::string(absolute) + "/" + kDirectoryPattern;
     if (mkdtemp(path.data()) == nullptr) {
         *why = std::string("cannot make a directory in '") + absolute + "' (" + strerror(errno) +
                "); set TMPDIR to one that can be written";

@@ -12,6 +12,12 @@
 
 namespace orvo::simulator {
 
+/** What mkdtemp makes the directories' names from; by it other programs recognise them. */
+constexpr char kDirectoryPattern[] = "camerasim.XXXXXX";
+
+/** Where the directories are made, as the user names it: $TMPDIR, or /tmp. */
+std::string directoryOfDirectories();
+
 /**
  * Makes a fresh directory and removes it once nobody holds the lifeline any more, however its
  * holders ended: also after SIGKILL of the program that started it.

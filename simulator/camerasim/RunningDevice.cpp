@@ -69,11 +69,15 @@ std::vector<std::string> RunningDevice::programs() const {
 }
 
 Result<void> RunningDevice::boot() {
-    Result<void> step = startProgram(kServiceManager, {mInstallation.serviceManager});
+    Result<void> step = startServiceManager();
     for (size_t i = 0; step && i < mDevice.providers.size(); i++) {
         step = startProvider(mDevice.providers[i].instance);
     }
     return step ? startService() : step;
+}
+
+Result<void> RunningDevice::startServiceManager() {
+    return startProgram(kServiceManager, {mInstallation.serviceManager});
 }
 
 Result<void> RunningDevice::startProvider(const std::string& instance) {

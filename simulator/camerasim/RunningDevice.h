@@ -34,6 +34,9 @@ class RunningDevice {
     /** Starts everything. An error, one line, names the program that did not come up. */
     android::base::Result<void> boot();
 
+    /** The first step of boot() alone. */
+    android::base::Result<void> startServiceManager();
+
     /** One step of boot() alone: for a provider process that has ended. */
     android::base::Result<void> startProvider(const std::string& instance);
 
@@ -46,6 +49,7 @@ class RunningDevice {
     const DeviceDescription& description() const { return mDevice; }
     const Stage& stage() const { return mStage; }
     Supervisor& supervisor() { return mSupervisor; }
+    const Supervisor& supervisor() const { return mSupervisor; }
     /** Names of all programs in the order of their start. */
     std::vector<std::string> programs() const;
     /** Ends all programs. @return one line for each that did not end well; empty if all did. */

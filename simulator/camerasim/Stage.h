@@ -16,7 +16,8 @@ namespace orvo::simulator {
  * The directories of one running device:
  *
  *     <root>/vendor   becomes /vendor: the device directory's tree and the libraries of the build
- *     <root>/run      ORVO_DEVICE_DIR: sockets, properties, log/<program>.log
+ *     <root>/run      ORVO_DEVICE_DIR: sockets, properties, log/<program>.log; and the socket
+ *                     `control`, by which other terminals reach the device
  */
 class Stage {
   public:
@@ -26,6 +27,7 @@ class Stage {
     std::string vendor() const { return mRoot + "/vendor"; }
     std::string run() const { return mRoot + "/run"; }
     std::string logs() const { return run() + "/log"; }
+    std::string control() const { return run() + "/control"; }
     std::string logOf(const std::string& program) const { return logs() + "/" + program + ".log"; }
 
     /** Fills the empty root. An error, one line, says which file is in the way. */

@@ -12,6 +12,7 @@
 
 #include <utility>
 
+#include <android-base/file.h>
 #include <android-base/unique_fd.h>
 
 #include "simulator/camerasim/CommandLine.h"
@@ -38,6 +39,14 @@ namespace {
     dup2(logFd, STDERR_FILENO);
     line.execute();
     _exit(127);
+}
+
+/** As the kernel tells it in the word after the program's name. */
+bool isStopped(pid_t pid) {
+    std::string line;
+    android::base::ReadFileToString("/proc/" + std::to_string(pid) + "/stat", &line);
+    const size_t nameEnd = line.rfind(") ");
+    return nameEnd != std::string::npos && line[nameEnd + 2] == 'T';
 }
 
 std::string describeEnd(int status) {
@@ -84,11 +93,12 @@ Result<pid_t> Supervisor::start(const ProgramStart& program) {
     mChildren.back().first = program.name;
     Child& child = mChildren.back().second;
     child.pid = pid;
-    child.waiter = std::thread([this, started = &child] { waitForEnd(started); });
+    child.waiter = std::thread(
+            [this, name = program.name, started = &child] { waitForEnd(name, started); });
     return pid;
 }
 
-void Supervisor::waitForEnd(Child* child) {
+void Supervisor::waitForEnd(const std::string& name, Child* child) {
     // Not reaped yet, so that the id is still this child's while others may signal it.
     siginfo_t info;
     TEMP_FAILURE_RETRY(waitid(P_PID, child->pid, &info, WEXITED | WNOWAIT));
@@ -98,6 +108,11 @@ void Supervisor::waitForEnd(Child* child) {
         TEMP_FAILURE_RETRY(waitpid(child->pid, &status, 0));
         child->running = false;
         child->end = describeEnd(status);
+    }
+    if (mObserver) mObserver(name, child->pid, child->end);
+    {
+        std::lock_guard lock(mLock);
+        child->observed = true;
     }
     mChanged.notify_all();
 }
@@ -127,11 +142,40 @@ std::string Supervisor::endOf(const std::string& name) const {
     return child == nullptr ? "" : child->end;
 }
 
+Supervisor::History Supervisor::historyOf(const std::string& wanted) const {
+    std::lock_guard lock(mLock);
+    History history;
+    for (const auto& [name, child] : mChildren) {
+        if (name != wanted || child.running) continue;
+        history.ends++;
+        history.lastEnd = child.end;
+    }
+    return history;
+}
+
+bool Supervisor::isHung(const std::string& name) const {
+    std::lock_guard lock(mLock);
+    const Child* child = find(name);
+    return child != nullptr && child->running && isStopped(child->pid);
+}
+
 bool Supervisor::awaitEnd(const std::string& name, std::chrono::milliseconds patience) {
     std::unique_lock lock(mLock);
     const Child* child = find(name);
     if (child == nullptr) return true;
-    return mChanged.wait_for(lock, patience, [&] { return !child->running; });
+    return mChanged.wait_for(lock, patience, [&] { return child->observed; });
+}
+
+bool Supervisor::awaitMoreEnds(const std::string& wanted, int ends,
+                               std::chrono::milliseconds patience) {
+    std::unique_lock lock(mLock);
+    return mChanged.wait_for(lock, patience, [&] {
+        int observed = 0;
+        for (const auto& [name, child] : mChildren) {
+            if (name == wanted && child.observed) observed++;
+        }
+        return observed > ends;
+    });
 }
 
 bool Supervisor::signal(const std::string& name, int signal) {
@@ -148,9 +192,9 @@ void Supervisor::stopAll(std::chrono::milliseconds patience) {
         if (!child.running) continue;
         kill(child.pid, SIGTERM);
         kill(child.pid, SIGCONT);  // a stopped process hears SIGTERM only when it goes on
-        if (mChanged.wait_for(lock, patience, [&] { return !child.running; })) continue;
+        if (mChanged.wait_for(lock, patience, [&] { return child.observed; })) continue;
         kill(child.pid, SIGKILL);
-        mChanged.wait(lock, [&] { return !child.running; });
+        mChanged.wait(lock, [&] { return child.observed; });
     }
 }
 

@@ -7,6 +7,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <functional>
 #include <list>
 #include <mutex>
 #include <optional>
@@ -37,9 +38,16 @@ struct ProgramStart {
  */
 class Supervisor {
   public:
+    /** Called on a thread of its own when a program has ended; before awaitEnd returns. */
+    using EndObserver =
+            std::function<void(const std::string& name, pid_t pid, const std::string& end)>;
+
     Supervisor() = default;
     /** As stopAll(). */
     ~Supervisor();
+
+    /** To be called before the first start. The observer may call anything but stopAll(). */
+    void observeEnds(EndObserver observer) { mObserver = std::move(observer); }
 
     /** @return its process id; an error if the name runs already or the supervisor is stopping. */
     android::base::Result<pid_t> start(const ProgramStart& program);
@@ -50,8 +58,22 @@ class Supervisor {
     /** How the program of this name ended last, such as "ended with status 1"; "" if it did not. */
     std::string endOf(const std::string& name) const;
 
+    /** How often it has ended, and how it did the last time; 0 and "" if it did not. */
+    struct History {
+        int ends = 0;
+        std::string lastEnd;
+    };
+    History historyOf(const std::string& name) const;
+
+    /** Whether it runs, but was stopped by a signal such as SIGSTOP. */
+    bool isHung(const std::string& name) const;
+
     /** Waits until it has ended; false if it still runs after the patience. */
     bool awaitEnd(const std::string& name, std::chrono::milliseconds patience);
+
+    /** The same for one that may be started again at once: waits until it has ended more often
+     *  than `ends`, as historyOf told before. */
+    bool awaitMoreEnds(const std::string& name, int ends, std::chrono::milliseconds patience);
 
     /** False if it is not running. */
     bool signal(const std::string& name, int signal);
@@ -63,14 +85,16 @@ class Supervisor {
     struct Child {
         pid_t pid;
         bool running = true;
-        std::string end;  ///< how it ended
+        bool observed = false;  ///< it has ended, and the observer has returned
+        std::string end;        ///< how it ended
         std::thread waiter;
     };
 
-    void waitForEnd(Child* child);
+    void waitForEnd(const std::string& name, Child* child);
     /** The newest one of that name, or null. */
     const Child* find(const std::string& name) const REQUIRES(mLock);
 
+    EndObserver mObserver;  ///< set once, before there is a second thread
     mutable std::mutex mLock;
     std::condition_variable mChanged;
     /** Every program ever started, in that order; entries are never erased, so addresses stay. */

@@ -5,12 +5,9 @@
 
 #include <string>
 
-namespace orvo::simulator {
+#include "simulator/camerasim/ExitStatus.h"
 
-/** Exit statuses of camerasim. */
-constexpr int kAsExpected = 0;
-constexpr int kNotAsExpected = 1;
-constexpr int kBadUse = 2;  ///< one line on stderr has said what to do
+namespace orvo::simulator {
 
 struct TourOptions {
     std::string deviceDirectory;

@@ -13,6 +13,7 @@ namespace orvo::simulator {
 
 using android::hardware::Return;
 using android::hardware::Void;
+using vendor::orvo::simulator::V1_0::ListenerState;
 using vendor::orvo::simulator::V1_0::ProviderState;
 using vendor::orvo::simulator::V1_0::Result;
 
@@ -69,6 +70,17 @@ Return<void> ProviderControl::getState(getState_cb _hidl_cb) {
 Return<bool> ProviderControl::settle(uint32_t timeoutMs) {
     const auto wait = std::min(kLongestWait, std::chrono::milliseconds(timeoutMs));
     return mCameras->reporter().settle(wait);
+}
+
+Return<void> ProviderControl::awaitListener(uint64_t count, uint32_t timeoutMs,
+                                            awaitListener_cb _hidl_cb) {
+    const auto wait = std::min(kLongestWait, std::chrono::milliseconds(timeoutMs));
+    const auto [changes, present] = mCameras->reporter().awaitListener(count, wait);
+    ListenerState state;
+    state.count = changes;
+    state.hasListener = present;
+    _hidl_cb(state);
+    return Void();
 }
 
 }  // namespace orvo::simulator

@@ -33,6 +33,8 @@ class ProviderControl : public vendor::orvo::simulator::V1_0::ISimulatedProvider
     Return<void> answerNormally(Operation operation, answerNormally_cb _hidl_cb) override;
     Return<void> getState(getState_cb _hidl_cb) override;
     Return<bool> settle(uint32_t timeoutMs) override;
+    Return<void> awaitListener(uint64_t count, uint32_t timeoutMs,
+                               awaitListener_cb _hidl_cb) override;
 
   private:
     const std::shared_ptr<SimulatedCameras> mCameras;

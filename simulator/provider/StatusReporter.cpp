@@ -56,6 +56,7 @@ sp<StatusReporter::Link> StatusReporter::replaceListener(const sp<Link>& link,
     {
         std::lock_guard lock(mLock);
         before = std::exchange(mLink, link);
+        mListenerChanges++;
         mDone += mQueue.size();
         mQueue.assign(initial.begin(), initial.end());
         mAccepted += mQueue.size();
@@ -90,6 +91,13 @@ bool StatusReporter::settle(std::chrono::milliseconds timeout) {
 bool StatusReporter::hasListener() const {
     std::lock_guard lock(mLock);
     return mLink != nullptr;
+}
+
+StatusReporter::ListenerChanges StatusReporter::awaitListener(uint64_t count,
+                                                              std::chrono::milliseconds timeout) {
+    std::unique_lock lock(mLock);
+    mChanged.wait_for(lock, timeout, [&] { return mStopped || mListenerChanges > count; });
+    return {mListenerChanges, mLink != nullptr};
 }
 
 void StatusReporter::deliverUntilStopped() {
@@ -133,6 +141,7 @@ void StatusReporter::drop(const Link* link) {
         if (mLink == nullptr || mLink.get() != link) return;
         ALOGI("The listener is gone; nobody is told of changes until a new one registers");
         dropped = std::exchange(mLink, nullptr);
+        mListenerChanges++;
         mDone += mQueue.size();
         mQueue.clear();
     }

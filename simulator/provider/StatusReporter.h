@@ -84,6 +84,14 @@ class StatusReporter {
 
     bool hasListener() const;
 
+    /** How often a listener was registered or lost, and whether there is one now. */
+    struct ListenerChanges {
+        uint64_t count;
+        bool present;
+    };
+    /** Waits until that has happened more often than `count`, or the time is up. */
+    ListenerChanges awaitListener(uint64_t count, std::chrono::milliseconds timeout);
+
   private:
     void deliverUntilStopped();
     static void deliver(const android::sp<Listener>& listener, const StatusReport& report);
@@ -96,6 +104,7 @@ class StatusReporter {
     std::deque<StatusReport> mQueue GUARDED_BY(mLock);
     uint64_t mAccepted GUARDED_BY(mLock) = 0;  ///< reports ever put into the queue
     uint64_t mDone GUARDED_BY(mLock) = 0;      ///< reports delivered, failed or dropped
+    uint64_t mListenerChanges GUARDED_BY(mLock) = 0;
     bool mStopped GUARDED_BY(mLock) = false;
     std::thread mThread;  ///< last: it uses everything above
 };

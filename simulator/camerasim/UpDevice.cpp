@@ -1,0 +1,186 @@
+// SPDX-License-Identifier: Apache-2.0
+// UpDevice: starts programs, and starts the service again when it ends, as a device's init does.
+
+#include "simulator/camerasim/UpDevice.h"
+
+#include <signal.h>
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <utility>
+
+#include "simulator/camerasim/ExitStatus.h"
+#include "simulator/control/WithinLimit.h"
+
+namespace orvo::simulator {
+
+using android::base::Error;
+using android::base::Result;
+
+namespace {
+
+/** A program that ends sooner than this after its start is started again with growing pauses. */
+constexpr std::chrono::seconds kQuick{1};
+constexpr int kMostDoublings = 4;
+/** A provider that does not settle in that time is hung, or waits for somebody who is. */
+constexpr uint32_t kSettleMs = 2000;
+
+}  // namespace
+
+UpDevice::UpDevice(DeviceFiles files, Installation installation, const Stage& stage,
+                   bool restartProviders)
+    : mFiles(std::move(files)),
+      mRestartProviders(restartProviders),
+      mRunning(mFiles.description(), std::move(installation), stage),
+      mProviders(mTimeline),
+      mFramework(mTimeline, mCameras) {
+    supervisor().observeEnds([this](const std::string& program, pid_t pid, const std::string& how) {
+        onEnd(program, pid, how);
+    });
+}
+
+Result<void> UpDevice::boot() {
+    auto manager = mRunning.startServiceManager();
+    if (!manager) return manager;
+    mTimeline.add("process", RunningDevice::kServiceManager, "ready");
+    for (const ProviderProgram& provider : mFiles.description().providers) {
+        const auto started = startProvider(provider.instance);
+        if (started) continue;
+        mTimeline.add("process", provider.instance, started.error().message());
+    }
+    return startService();
+}
+
+int UpDevice::run() {
+    mMainThread.run();
+    return mStatus;
+}
+
+void UpDevice::stop() {
+    endPrograms();
+    letGo();
+}
+
+void UpDevice::endPrograms() {
+    mStopping = true;
+    supervisor().stopAll();
+}
+
+Result<void> UpDevice::startProvider(const std::string& instance) {
+    {
+        std::lock_guard lock(mLock);
+        mPaces[instance].startedAt = Clock::now();
+    }
+    auto started = mRunning.startProvider(instance);
+    if (!started) return started;
+    const auto pid = supervisor().pidOf(RunningDevice::programOf(instance));
+    if (pid) mProviders.started(instance, *pid);
+    return {};
+}
+
+Result<void> UpDevice::startOnMainThread(const std::string& instance) {
+    // Shared, for the work may still be going on when the wait for it is given up.
+    const auto started = std::make_shared<Result<void>>();
+    const bool done =
+            mMainThread.perform([this, started, instance] { *started = startProvider(instance); });
+    if (!done) return Error() << "the device is being stopped";
+    return *started;
+}
+
+Result<void> UpDevice::startService() {
+    mProviders.serviceStarts();
+    int starts = 0;
+    {
+        std::lock_guard lock(mLock);
+        starts = mServiceStarts++;
+        mPaces[kServiceWord].startedAt = Clock::now();
+    }
+    const auto started = mRunning.startService();
+    const auto pid = supervisor().pidOf(RunningDevice::kService);
+    // One that serves some of what it should goes on with that.
+    if (!pid) return started ? Error() << "the camera provider service has ended" : started;
+    {
+        std::lock_guard lock(mLock);
+        mServiceReadyAt = Clock::now();
+    }
+    mTimeline.add("service", RunningDevice::kService,
+                  (starts == 0 ? "ready, process " : "started again, process ") +
+                          std::to_string(*pid) +
+                          (starts == 0 ? "" : " (restart " + std::to_string(starts) + ")"));
+    for (const std::string& instance : mFiles.description().serviceInstances) {
+        mFramework.attach(instance, !mFiles.hasOthersBehind(instance));
+    }
+    return {};
+}
+
+void UpDevice::startAgain(const std::string& who) {
+    const auto program = programOf(who);
+    if (mStopping || !program || supervisor().isRunning(*program)) return;
+    const int ends = supervisor().historyOf(*program).ends;
+    const auto started = who == kServiceWord ? startService() : startProvider(who);
+    if (started || mStopping) return;
+    mTimeline.add("process", who, started.error().message());
+    // If it ran for a moment its end has posted the next attempt.
+    if (supervisor().historyOf(*program).ends == ends) restartLater(who);
+}
+
+void UpDevice::onEnd(const std::string& program, pid_t pid, const std::string& how) {
+    if (program == RunningDevice::kService) {
+        mFramework.detachAll();
+        mTimeline.add("service", program, how + ", process " + std::to_string(pid));
+        return restartLater(kServiceWord);
+    }
+    if (program == RunningDevice::kServiceManager) {
+        mTimeline.add("process", program, how + ", process " + std::to_string(pid));
+        if (mStopping) return;
+        std::cerr << "camerasim: the service manager " << how << "; boot the device again\n";
+        mStatus = kNotAsExpected;
+        return mMainThread.post([this] { stop(); });
+    }
+    for (const ProviderProgram& provider : mFiles.description().providers) {
+        if (RunningDevice::programOf(provider.instance) != program) continue;
+        mProviders.ended(provider.instance, pid, how);
+        if (mRestartProviders) restartLater(provider.instance);
+    }
+}
+
+void UpDevice::restartLater(const std::string& who) {
+    if (mStopping) return;
+    std::chrono::seconds delay{0};
+    {
+        std::lock_guard lock(mLock);
+        Pace& pace = mPaces[who];
+        const bool quick = Clock::now() - pace.startedAt < kQuick;
+        pace.quickEnds = quick ? pace.quickEnds + 1 : 0;
+        // The first time at once, then after 1, 2, 4, 8, and every 16 seconds.
+        const int doublings = std::min(pace.quickEnds - 2, kMostDoublings);
+        if (doublings >= 0) delay = std::chrono::seconds(1 << doublings);
+    }
+    mMainThread.post([this, who] { startAgain(who); }, delay);
+}
+
+Result<std::string> UpDevice::programOf(const std::string& name) const {
+    if (name == kServiceWord) return std::string(RunningDevice::kService);
+    if (mFiles.isDescribed(name)) return RunningDevice::programOf(name);
+    if (mFiles.isServed(name)) {
+        return Error() << name
+                       << " is served by the camera provider service; name that: " << kServiceWord;
+    }
+    std::string unknown;
+    if (!mFiles.knows(name, &unknown)) return Error() << unknown << ", " << kServiceWord;
+    return Error() << name << " has no process: device.yaml describes none";
+}
+
+void UpDevice::settle() {
+    for (const ProviderProgram& provider : mFiles.description().providers) {
+        const auto control = mProviders.controlOf(provider.instance);
+        if (control == nullptr) continue;
+        if (supervisor().isHung(RunningDevice::programOf(provider.instance))) continue;
+        // One that has died meanwhile has nothing to report any more.
+        (void)control->settle(kSettleMs).isOk();
+    }
+    mFramework.catchUp();
+}
+
+}  // namespace orvo::simulator

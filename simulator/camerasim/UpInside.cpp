@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: Apache-2.0
+// UpInside: the inner half of `camerasim up`, which is the device's supervisor and its framework.
+
+#include <unistd.h>
+
+#include <iostream>
+#include <string>
+
+#include <hidl/HidlTransportSupport.h>
+
+#include "simulator/camerasim/ExitStatus.h"
+#include "simulator/camerasim/InnerHalf.h"
+#include "simulator/camerasim/UpCommand.h"
+#include "simulator/camerasim/UpDevice.h"
+#include "simulator/camerasim/UpRequests.h"
+#include "simulator/camerasim/UpScreen.h"
+
+namespace orvo::simulator {
+
+namespace {
+
+/** Notifications of several providers come at once. */
+constexpr size_t kPoolThreads = 8;
+
+void greet(const UpDevice& device) {
+    std::cout << "The device \"" << device.files().description().name << "\" in "
+              << device.stage().root() << "\n"
+              << "From other terminals: camerasim ps, cameras, events, kill, plug, torch and more;"
+              << " see camerasim --help.\n"
+              << "Ctrl-C here, or camerasim stop there, ends it." << std::endl;
+}
+
+/** Threads of the pool and of requests still run; ending without destructors is the only way. */
+[[noreturn]] void leave(int status) {
+    std::cout.flush();
+    std::cerr.flush();
+    _exit(status);
+}
+
+}  // namespace
+
+int runUpInside(const UpOptions& options, const std::string& root, int stopFd) {
+    const Stage stage(root);
+    redirectLog(stage.logOf("camerasim"));
+    const auto description = DeviceDescription::read(options.deviceDirectory);
+    if (!description) return filesChanged();
+    const auto files = DeviceFiles::read(*description);
+    const auto installation = Installation::ofThisProgram();
+    if (!files || !installation) return filesChanged();
+    android::hardware::configureRpcThreadpool(kPoolThreads, false);
+
+    UpDevice device(*files, *installation, stage, options.restart);
+    whenTold(stopFd, [&device] { device.stop(); });
+    // Who connects before the device is up waits for it.
+    auto socket = ControlServer::listen(stage.control());
+    if (!socket) {
+        std::cerr << "camerasim: " << socket.error().message() << std::endl;
+        return kBadUse;
+    }
+    greet(device);
+    UpScreen screen(device.timeline(), wantsColour());
+    const auto booted = device.boot();
+    if (!booted) {
+        const bool wasToldToStop = device.isStopping();
+        device.endPrograms();
+        screen.finish();
+        if (wasToldToStop) leave(kAsExpected);
+        printTails(device.running());
+        std::cerr << "camerasim: " << booted.error().message() << std::endl;
+        leave(kNotAsExpected);
+    }
+    UpRequests requests(device);
+    ControlServer server(std::move(*socket), [&requests](const std::string& line, Reply& reply) {
+        requests.answer(line, reply);
+    });
+    server.serve();
+    const int status = device.run();
+    screen.finish();
+    leave(status);
+}
+
+}  // namespace orvo::simulator

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+// MainThread: work sorted by its time.
+
+#include "simulator/control/MainThread.h"
+
+#include <memory>
+#include <utility>
+
+namespace orvo::simulator {
+
+void MainThread::post(Work work, std::chrono::milliseconds delay) {
+    {
+        std::lock_guard lock(mLock);
+        if (!mStopped) mWork.emplace(Clock::now() + delay, std::move(work));
+    }
+    mChanged.notify_all();
+}
+
+bool MainThread::perform(Work work) {
+    const auto finished = std::make_shared<bool>(false);  // under mLock
+    post([this, finished, work = std::move(work)] {
+        work();
+        {
+            std::lock_guard lock(mLock);
+            *finished = true;
+        }
+        mChanged.notify_all();
+    });
+    std::unique_lock lock(mLock);
+    mChanged.wait(lock, [&] { return *finished || mStopped; });
+    return *finished;
+}
+
+void MainThread::run() {
+    std::unique_lock lock(mLock);
+    while (!mStopped) {
+        if (mWork.empty()) {
+            mChanged.wait(lock);
+            continue;
+        }
+        const auto first = mWork.begin();
+        if (first->first > Clock::now()) {
+            const Clock::time_point due = first->first;
+            mChanged.wait_until(lock, due);
+            continue;
+        }
+        Work work = std::move(first->second);
+        mWork.erase(first);
+        lock.unlock();
+        work();
+        work = nullptr;
+        lock.lock();
+    }
+}
+
+void MainThread::stop() {
+    {
+        std::lock_guard lock(mLock);
+        mStopped = true;
+        mWork.clear();
+    }
+    mChanged.notify_all();
+}
+
+}  // namespace orvo::simulator

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: Apache-2.0
+// Tests of a framework and of the camera provider service that end, alone or with a provider.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/simulator/RecoveryFixture.h"
+
+namespace orvo::simulator::testing {
+
+namespace {
+
+using ::testing::HasSubstr;
+
+constexpr char kAborted[] = "ended by signal 6 (Aborted)";
+
+std::string notToldLine(const std::string& camera) {
+    return "Failed to notify camera service about " + camera + ": ";
+}
+
+}  // namespace
+
+/**
+ * What a provider reports is forwarded, and the answer to the provider is the framework's own. When
+ * there is no framework any more that is a failure, and the platform ends a process that serves a
+ * failure.
+ */
+TEST_P(DeviceRecoveryTest, TheServiceEndsAtTheNextReportAfterItsFrameworkDied) {
+    ASSERT_NO_FATAL_FAILURE(loseAFramework());
+    EXPECT_TRUE(mService->isRunning());
+    const auto control = device().control(kExternal);
+    ASSERT_TRUE(control->setTorchStatus("device@3.2/external/100", Torch::AVAILABLE_ON,
+                                        [](auto, const auto&) {})
+                        .isOk());
+    ASSERT_TRUE(mService->awaitEnd(kPatience));
+    EXPECT_EQ(kAborted, mService->end());
+    EXPECT_TRUE(device().supervisor().isRunning(RunningDevice::programOf(kExternal)));
+    EXPECT_TRUE(device().supervisor().isRunning(RunningDevice::programOf(kVirtual)));
+
+    ASSERT_NO_FATAL_FAILURE(restartService());
+    EXPECT_EQ(1u, mService->restarts());
+    ASSERT_NO_FATAL_FAILURE(registerFramework());
+    EXPECT_TRUE(hearsAll(kExternalCameras, Device::PRESENT, 0));
+    EXPECT_TRUE(hearsAll(kVirtualCameras, Device::PRESENT, 0));
+    expectReadable(kExternalCameras);
+    expectReadable(kVirtualCameras);
+}
+
+/** The library looks at what becomes of each of its own notifications, and goes on. */
+TEST_P(DeviceRecoveryTest, TheServiceSurvivesTheDeathOfAProviderAfterItsFrameworkDied) {
+    ASSERT_NO_FATAL_FAILURE(loseAFramework());
+    const pid_t process = mService->pid();
+    endProvider(kExternal);
+    EXPECT_TRUE(logs("Notified framework about 0/2 devices from dead provider external\n"));
+    for (const std::string& name : kExternalCameras) expectLogged(1, notToldLine(name));
+    for (const std::string& name : kVirtualCameras) expectLogged(0, notToldLine(name));
+    EXPECT_EQ("100, 101", listedIds("external"));  // were reported to two frameworks, leave once
+    EXPECT_EQ(process, mService->pid());
+
+    // A new framework cannot be passed on to the dead provider, but it is kept.
+    ASSERT_NO_FATAL_FAILURE(connectFramework());
+    const auto registered = mFramework->registerCallback();
+    EXPECT_TRUE(registered.arrived()) << registered.failure;
+    EXPECT_EQ(Status::INTERNAL_ERROR, registered.status);
+    expectReadable(kVirtualCameras);
+    startProvider(kExternal);
+    EXPECT_TRUE(hearsAll(kExternalCameras, Device::PRESENT, 0));
+    EXPECT_TRUE(reconnects(kExternal));
+    expectReadable(kExternalCameras);
+    ASSERT_NO_FATAL_FAILURE(registerFramework());
+    EXPECT_TRUE(hearsAll(kVirtualCameras, Device::PRESENT, 0));
+    EXPECT_EQ(process, mService->pid());
+    EXPECT_EQ(0u, mService->restarts());
+}
+
+TEST_P(DeviceRecoveryTest, TheServiceEndsWhenAProviderComesBackToADeadFramework) {
+    ASSERT_NO_FATAL_FAILURE(loseAFramework());
+    endProvider(kExternal);
+    ASSERT_TRUE(logs("Notified framework about 0/2 devices from dead provider external\n"));
+    startProvider(kExternal);
+    ASSERT_TRUE(mService->awaitEnd(kPatience));
+    EXPECT_EQ(kAborted, mService->end());
+    EXPECT_EQ("8, 7, 8, 7", listedIds("virtual"));  // reported to each of the two frameworks
+
+    ASSERT_NO_FATAL_FAILURE(restartService());
+    ASSERT_NO_FATAL_FAILURE(registerFramework());
+    EXPECT_TRUE(hearsAll(kExternalCameras, Device::PRESENT, 0));
+    EXPECT_TRUE(hearsAll(kVirtualCameras, Device::PRESENT, 0));
+    expectReadable(kExternalCameras);
+    expectReadable(kVirtualCameras);
+}
+
+/** Nothing clears the id properties: neither the end of the service nor its start. */
+TEST_P(DeviceRecoveryTest, TheIdPropertiesOutliveTheServiceAndGrowBehindWhatTheyHeld) {
+    tellToEnd(RunningDevice::kService);
+    awaitEnd(RunningDevice::kService);
+    EXPECT_EQ("100, 101", listedIds("external"));
+    EXPECT_EQ("8, 7", listedIds("virtual"));
+    EXPECT_EQ("1", externalAdded());
+
+    ASSERT_NO_FATAL_FAILURE(restartService());
+    EXPECT_EQ("100, 101", listedIds("external"));
+    EXPECT_EQ("1", externalAdded());
+    ASSERT_NO_FATAL_FAILURE(registerFramework());
+    EXPECT_TRUE(hearsAll(kExternalCameras, Device::PRESENT, 0));
+    EXPECT_TRUE(hearsAll(kVirtualCameras, Device::PRESENT, 0));
+    awaitAnswers(kExternal);
+    awaitAnswers(kVirtual);
+    EXPECT_EQ("100, 101, 100, 101", listedIds("external"));
+    EXPECT_EQ("8, 7, 8, 7", listedIds("virtual"));
+
+    // One id leaves for each camera that the new service knows.
+    const size_t mark = mFramework->log().size();
+    endProvider(kExternal);
+    EXPECT_TRUE(hearsAll(kExternalCameras, Device::NOT_PRESENT, mark));
+    EXPECT_EQ("100, 101", listedIds("external"));
+    EXPECT_EQ("8, 7, 8, 7", listedIds("virtual"));
+    EXPECT_EQ("1", externalAdded());
+}
+
+TEST_P(DeviceRecoveryTest, IdsOfCamerasThatWentWhileThereWasNoServiceStayListed) {
+    ASSERT_NO_FATAL_FAILURE(plugIn());
+    EXPECT_EQ("100, 101, usb-7C21", listedIds("external"));
+    tellToEnd(RunningDevice::kService);
+    awaitEnd(RunningDevice::kService);
+    endProvider(kExternal);
+    startProvider(kExternal);
+    ASSERT_NO_FATAL_FAILURE(restartService());
+    ASSERT_NO_FATAL_FAILURE(registerFramework());
+    EXPECT_TRUE(hearsAll(kExternalCameras, Device::PRESENT, 0));
+    awaitAnswers(kExternal);
+    EXPECT_FALSE(heard(kUsb, 0));
+    EXPECT_EQ("100, 101, usb-7C21, 100, 101", listedIds("external"));
+}
+
+/** Whoever is missing when the service starts is not waited for, and nothing is taken back. */
+TEST_P(DeviceRecoveryTest, AServiceThatStartsWithoutAProviderServesTheOthersAndKeepsItsProperties) {
+    tellToEnd(RunningDevice::kService);
+    awaitEnd(RunningDevice::kService);
+    endProvider(kExternal);
+    ASSERT_NO_FATAL_FAILURE(restartService());
+    expectLogged(1, notFoundLine(kExternal));
+    ASSERT_NO_FATAL_FAILURE(registerFramework());
+    EXPECT_TRUE(hearsAll(kVirtualCameras, Device::PRESENT, 0));
+    const auto names = mFramework->cameraIdList();
+    EXPECT_TRUE(names.ok()) << names.failure;
+    EXPECT_EQ(2u, names.value.size());
+    EXPECT_EQ("100, 101", listedIds("external"));
+    EXPECT_EQ("1", externalAdded());
+}
+
+}  // namespace orvo::simulator::testing

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+// CamerasCommand: `camerasim cameras`.
+
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "simulator/camerasim/ExitStatus.h"
+#include "simulator/camerasim/commands/Commands.h"
+#include "simulator/camerasim/commands/Complaint.h"
+#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/Output.h"
+
+namespace orvo::simulator {
+
+namespace {
+
+int listCameras(const DeviceOptions& options) {
+    const auto answer = askDevice(options.device, {{"command", "state"}});
+    if (!answer) return complain(answer.error());
+    if (options.json()) {
+        printDocument(answer->at("cameras"));
+    } else {
+        printCameras(answer->get<DeviceState>());
+    }
+    return kAsExpected;
+}
+
+}  // namespace
+
+void addCameras(Commands& commands) {
+    auto options = std::make_shared<DeviceOptions>();
+    CLI::App* cameras = commands.add(
+            {"cameras", "list the cameras as the framework sees them", "camerasim cameras"},
+            [options] { return listCameras(*options); });
+    addDeviceOption(cameras, *options);
+    addFormatOption(cameras, *options);
+}
+
+}  // namespace orvo::simulator

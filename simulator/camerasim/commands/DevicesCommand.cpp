@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: Apache-2.0
+// DevicesCommand: `camerasim devices`.
+
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "simulator/camerasim/Colour.h"
+#include "simulator/camerasim/ExitStatus.h"
+#include "simulator/camerasim/Janitor.h"
+#include "simulator/camerasim/commands/Commands.h"
+#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/Output.h"
+
+namespace orvo::simulator {
+
+namespace {
+
+nlohmann::json toJson(const FoundDevice& device) {
+    if (!device.state) return {{"root", device.root}, {"problem", device.problem}};
+    return {{"root", device.root},
+            {"name", device.state->name},
+            {"directory", device.state->directory},
+            {"pid", device.state->pid},
+            {"uptimeSeconds", device.state->uptimeSeconds}};
+}
+
+void printTable(const std::vector<FoundDevice>& devices) {
+    Table table({"DEVICE", "PROCESS", "RUNS FOR", "ROOT", "DESCRIPTION"});
+    for (const FoundDevice& device : devices) {
+        if (device.state) {
+            table.addRow({device.state->name, std::to_string(device.state->pid),
+                          durationText(device.state->uptimeSeconds), device.root,
+                          device.state->directory});
+        } else {
+            table.addRow({"", "", "", device.root, ""});
+            table.addRemark(device.problem);
+        }
+    }
+    table.print(std::cout, wantsColour());
+}
+
+int listDevices(const DeviceOptions& options) {
+    const std::vector<FoundDevice> devices = runningDevices();
+    if (options.json()) {
+        nlohmann::json list = nlohmann::json::array();
+        for (const FoundDevice& device : devices) list.push_back(toJson(device));
+        printDocument(list);
+    } else if (devices.empty()) {
+        printNothing("no device runs below " + directoryOfDirectories() +
+                     "; start one with: camerasim up");
+    } else {
+        printTable(devices);
+    }
+    return kAsExpected;
+}
+
+}  // namespace
+
+void addDevices(Commands& commands) {
+    auto options = std::make_shared<DeviceOptions>();
+    CLI::App* devices = commands.add({"devices", "list the devices that run", "camerasim devices"},
+                                     [options] { return listDevices(*options); });
+    addFormatOption(devices, *options);
+}
+
+}  // namespace orvo::simulator

@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+// LogCommand: `camerasim log`.
+
+#include <algorithm>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "simulator/camerasim/Colour.h"
+#include "simulator/camerasim/ExitStatus.h"
+#include "simulator/camerasim/Narrator.h"
+#include "simulator/camerasim/RunningDevice.h"
+#include "simulator/camerasim/Stage.h"
+#include "simulator/camerasim/commands/Commands.h"
+#include "simulator/camerasim/commands/Complaint.h"
+#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/LogReader.h"
+#include "simulator/camerasim/commands/Output.h"
+
+namespace orvo::simulator {
+
+using android::base::Result;
+
+namespace {
+
+struct LogOptions : DeviceOptions {
+    LogFilter filter;
+    bool follow = false;
+};
+
+/** A provider's log goes by the provider's name, too. */
+Result<std::string> programCalled(const std::string& name,
+                                  const std::vector<std::string>& programs) {
+    for (const std::string& candidate : {name, RunningDevice::programOf(name)}) {
+        if (std::find(programs.begin(), programs.end(), candidate) != programs.end()) {
+            return candidate;
+        }
+    }
+    return badUse("there is no log of a program '" + name + "'; there is " +
+                  listed(programs, "none at all"));
+}
+
+/** @return how many passed the filter. */
+size_t printLines(const std::vector<LogLine>& lines, const LogOptions& options) {
+    size_t printed = 0;
+    for (const LogLine& line : lines) {
+        if (!options.filter.accepts(line)) continue;
+        printed++;
+        if (options.json()) {
+            printJsonLine(line);
+        } else {
+            std::cout << logText(line, wantsColour()) << "\n";
+        }
+    }
+    std::cout.flush();
+    return printed;
+}
+
+std::string whyNothing(size_t lines, const LogFilter& filter) {
+    if (lines == 0) return "no program has written to its log";
+    return counted(lines, "line") + " in all logs, none with " + filter.toText();
+}
+
+void follow(LogReader& reader, const LogOptions& options) {
+    bool more = true;
+    while (more) {
+        printLines(reader.readNew(false), options);
+        more = reader.awaitMore();
+    }
+    printLines(reader.readNew(true), options);
+    std::cerr << "the device has ended" << std::endl;
+}
+
+int listLog(LogOptions options) {
+    const auto root = chooseDeviceOrRemains(options.device);
+    if (!root) return complain(root.error());
+    auto reader = LogReader::open(Stage(*root).logs());
+    if (!reader) return complain(reader.error());
+    if (!options.filter.program.empty()) {
+        const auto program = programCalled(options.filter.program, reader->programs());
+        if (!program) return complain(program.error());
+        options.filter.program = *program;
+    }
+    if (options.follow) {
+        follow(*reader, options);
+        return kAsExpected;
+    }
+    const std::vector<LogLine> lines = reader->readNew(true);
+    if (printLines(lines, options) == 0 && !options.json()) {
+        printNothing(whyNothing(lines.size(), options.filter));
+    }
+    return kAsExpected;
+}
+
+}  // namespace
+
+void addLog(Commands& commands) {
+    auto options = std::make_shared<LogOptions>();
+    CLI::App* log = commands.add(
+            {"log", "list what the programs of the device have logged, in the order of time",
+             "camerasim log --tag OrvoCameraServiceImpl --priority W -f"},
+            [options] { return listLog(*options); });
+    log->add_option("--tag", options->filter.tag, "only with this tag")->type_name("TAG");
+    log->add_option("--priority", options->filter.priority,
+                    "only of this priority and above: V, D, I, W, E or F")
+            ->type_name("P")
+            ->check(CLI::IsMember({"V", "D", "I", "W", "E", "F"}));
+    log->add_option("--program", options->filter.program,
+                    "only of this program, or of this provider's")
+            ->type_name("NAME");
+    log->add_flag("-f,--follow", options->follow, "go on with whatever is logged, until Ctrl-C");
+    addDeviceOption(log, *options);
+    addFormatOption(log, *options);
+}
+
+}  // namespace orvo::simulator

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+// LogLine: TAG PRIORITY MM-DD HH:MM:SS PID TID MESSAGE.
+
+#include "simulator/camerasim/commands/LogLine.h"
+
+#include <regex>
+#include <vector>
+
+#include <android-base/strings.h>
+
+#include "simulator/camerasim/commands/Table.h"
+
+namespace orvo::simulator {
+
+namespace {
+
+constexpr char kPriorities[] = "VDIWEFS";
+
+size_t rankOf(const std::string& priority) {
+    return std::string(kPriorities).find(priority);
+}
+
+Paint paintOfPriority(const std::string& priority) {
+    if (priority == "E" || priority == "F") return Paint::RED;
+    if (priority == "W") return Paint::YELLOW;
+    return priority == "V" || priority == "D" ? Paint::DIM : Paint::PLAIN;
+}
+
+}  // namespace
+
+LogLine LogParser::parse(const std::string& line) {
+    // A tag may hold blanks, a message anything.
+    static const std::regex kHead(
+            R"(^(.*?) ([VDIWEFS]) (\d\d-\d\d \d\d:\d\d:\d\d) +(\d{1,9}) +(\d{1,9}) )");
+    std::smatch parts;
+    LogLine parsed = mLast;
+    if (!std::regex_search(line, parts, kHead)) {
+        parsed.message = line;
+        return parsed;
+    }
+    parsed.tag = parts[1];
+    parsed.priority = parts[2];
+    parsed.time = parts[3];
+    parsed.pid = std::stoi(parts[4]);
+    parsed.tid = std::stoi(parts[5]);
+    mLast = parsed;
+    parsed.message = parts.suffix();
+    return parsed;
+}
+
+bool LogFilter::accepts(const LogLine& line) const {
+    if (!program.empty() && line.program != program) return false;
+    if (!tag.empty() && line.tag != tag) return false;
+    if (priority.empty()) return true;
+    return !line.priority.empty() && rankOf(line.priority) >= rankOf(priority);
+}
+
+std::string LogFilter::toText() const {
+    std::vector<std::string> parts;
+    if (!program.empty()) parts.push_back("program " + program);
+    if (!tag.empty()) parts.push_back("tag " + tag);
+    if (!priority.empty()) parts.push_back("priority " + priority + " and above");
+    return android::base::Join(parts, ", ");
+}
+
+std::string logText(const LogLine& line, bool colour) {
+    const std::string head = line.time + "  " + line.program;
+    const std::string body = line.priority.empty()
+                                     ? line.message
+                                     : line.priority + " " + line.tag + ": " + line.message;
+    return painted(head, Paint::DIM, colour) + "  " +
+           painted(body, paintOfPriority(line.priority), colour);
+}
+
+}  // namespace orvo::simulator

@@ -1,0 +1,97 @@
+// SPDX-License-Identifier: Apache-2.0
+// NamesCommand: the words that a shell completes; not for people.
+
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "simulator/camerasim/ExitStatus.h"
+#include "simulator/camerasim/commands/Commands.h"
+#include "simulator/camerasim/commands/ControlClient.h"
+#include "simulator/camerasim/commands/DeviceFinder.h"
+
+namespace orvo::simulator {
+
+namespace {
+
+struct NamesOptions : DeviceOptions {
+    std::string kind;
+    std::string of;
+};
+
+void print(const std::string& word) {
+    std::cout << word << "\n";
+}
+
+void printCommands(const CLI::App& program) {
+    const auto all = [](const CLI::App*) { return true; };
+    for (const CLI::App* command : program.get_subcommands(all)) {
+        if (!command->get_group().empty()) print(command->get_name());
+    }
+}
+
+void printOptions(const CLI::App& program, const std::string& command) {
+    const auto wanted = [&](const CLI::App* parser) { return parser->get_name() == command; };
+    const auto found = program.get_subcommands(wanted);
+    if (found.empty()) return;
+    for (const CLI::Option* option : found[0]->get_options()) {
+        for (const std::string& name : option->get_lnames()) print("--" + name);
+        for (const std::string& name : option->get_snames()) print("-" + name);
+    }
+}
+
+void printOfProvider(const DeviceState& state, const std::string& instance) {
+    for (const ProviderState& provider : state.providers) {
+        if (provider.instance != instance) continue;
+        for (const DeviceOfProvider& device : provider.devices) print(device.name);
+    }
+}
+
+void printOfDevice(const NamesOptions& options) {
+    // A shell that completes must neither be written to nor be kept waiting.
+    const auto root = chooseDevice(options.device);
+    if (!root) return;
+    const auto answer = ask(*root, {{"command", "state"}}, std::chrono::seconds(2));
+    if (!answer) return;
+    const DeviceState state = answer->get<DeviceState>();
+    if (options.kind == "devices-of") return printOfProvider(state, options.of);
+    if (options.kind == "cameras") {
+        for (const CameraState& camera : state.cameras) print(camera.name);
+    } else if (options.kind == "services") {
+        for (const std::string& instance : state.service.instances) print(instance);
+    } else if (options.kind == "providers") {
+        for (const ProviderState& provider : state.providers) print(provider.instance);
+    }
+}
+
+int printNames(const NamesOptions& options, const CLI::App& program) {
+    if (options.kind == "commands") {
+        printCommands(program);
+    } else if (options.kind == "options") {
+        printOptions(program, options.of);
+    } else if (options.kind == "devices") {
+        for (const FoundDevice& device : runningDevices()) {
+            if (device.state) print(device.state->name);
+        }
+    } else {
+        printOfDevice(options);
+    }
+    return kAsExpected;
+}
+
+}  // namespace
+
+void addNames(Commands& commands) {
+    auto options = std::make_shared<NamesOptions>();
+    const CLI::App& program = commands.program();
+    CLI::App* names = commands.add(
+            {"names", "print words to complete", "camerasim names devices-of external/0"},
+            [options, &program] { return printNames(*options, program); });
+    names->group("");
+    names->add_option("KIND", options->kind)->required();
+    names->add_option("OF", options->of);
+    addDeviceOption(names, *options);
+}
+
+}  // namespace orvo::simulator

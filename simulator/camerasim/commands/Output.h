@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+// Output: what several commands print alike.
+
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "simulator/camerasim/commands/Table.h"
+#include "simulator/control/DeviceState.h"
+
+namespace orvo::simulator {
+
+/** For any bytes: what is no UTF-8 is replaced. `indent` is negative for one line. */
+std::string jsonText(const nlohmann::json& document, int indent);
+
+/** One document, indented for a person's eye. */
+void printDocument(const nlohmann::json& document);
+
+/** One line of a stream. */
+void printJsonLine(const nlohmann::json& line);
+
+/** "nothing to list: why". */
+void printNothing(const std::string& why);
+
+/** How much time, such as "0.42 s" or "3 min 5 s". */
+std::string durationText(double seconds);
+
+/** "1 camera", "2 cameras". */
+std::string counted(size_t count, const std::string& what);
+
+/** Green for what is good, red for what is bad, plain for anything else. */
+Paint paintOf(const std::string& status);
+
+Table providerTable(const DeviceState& state);
+Table cameraTable(const DeviceState& state);
+
+/** The device and its camera provider service, in two lines without an end. */
+std::string headerOf(const DeviceState& state);
+
+/** The table of cameras, and for each provider without any the reason. */
+void printCameras(const DeviceState& state);
+
+/** A line of the timeline behind its number, by which later events can be asked for. */
+std::string numberedEvent(const TimelineEvent& event, bool colour);
+
+}  // namespace orvo::simulator

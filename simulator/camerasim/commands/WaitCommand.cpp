@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: Apache-2.0
+// WaitCommand: `camerasim wait`.
+
+#include <chrono>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <android-base/strings.h>
+
+#include "simulator/camerasim/ExitStatus.h"
+#include "simulator/camerasim/commands/Commands.h"
+#include "simulator/camerasim/commands/Complaint.h"
+#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/NamedRequest.h"
+#include "simulator/camerasim/commands/Output.h"
+#include "simulator/camerasim/commands/WaitCondition.h"
+
+namespace orvo::simulator {
+
+namespace {
+
+struct WaitOptions : DeviceOptions {
+    std::vector<std::string> condition;
+    double timeout = 30;
+};
+
+int wait(const WaitOptions& options) {
+    const auto condition = parseCondition(options.condition);
+    if (!condition) return complain(condition.error());
+    const auto root = chooseDevice(options.device);
+    if (!root) return complain(root.error());
+    // The device keeps the time; this only notices when it does not answer.
+    const auto patience = std::chrono::milliseconds(static_cast<int64_t>(options.timeout * 1000)) +
+                          kAnswerPatience;
+    const auto answer = askByName(
+            *root, {{"command", "wait"}, {"condition", *condition}, {"timeout", options.timeout}},
+            patience);
+    if (!answer) return complain(answer.error());
+    const bool met = answer->at("met");
+    if (options.json()) printDocument(*answer);
+    const std::string text = android::base::Join(options.condition, " ");
+    const std::string took = durationText(answer->at("seconds").get<double>());
+    if (!met) return complain(didNotHappen("after " + took + " not yet: " + text));
+    if (!options.json()) std::cout << text << " after " << took << std::endl;
+    return kAsExpected;
+}
+
+}  // namespace
+
+void addWait(Commands& commands) {
+    auto options = std::make_shared<WaitOptions>();
+    CLI::App* parser =
+            commands.add({"wait",
+                          "wait until something is so; ends with 1 if it is not in time\n\n"
+                          "CONDITION is one of\n"
+                          "  camera NAME PRESENT|NOT_PRESENT\n"
+                          "  provider NAME connected|disconnected|running|dead\n"
+                          "  property NAME is|contains TEXT\n"
+                          "  cameras NUMBER     (so many are PRESENT)\n",
+                          "camerasim wait provider external/0 connected --timeout 10"},
+                         [options] { return wait(*options); });
+    parser->add_option("CONDITION", options->condition, "the words of a condition")
+            ->required()
+            ->expected(1, 4);
+    parser->add_option("--timeout", options->timeout, "seconds to wait at most (default: 30)")
+            ->type_name("S")
+            ->check(CLI::Range(0.0, 86400.0));
+    addDeviceOption(parser, *options);
+    addFormatOption(parser, *options);
+}
+
+}  // namespace orvo::simulator

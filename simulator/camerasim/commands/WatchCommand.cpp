@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+// WatchCommand: `camerasim watch`.
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <deque>
+#include <iostream>
+#include <memory>
+#include <sstream>
+#include <string>
+
+#include "simulator/camerasim/Colour.h"
+#include "simulator/camerasim/ExitStatus.h"
+#include "simulator/camerasim/commands/Commands.h"
+#include "simulator/camerasim/commands/Complaint.h"
+#include "simulator/camerasim/commands/ControlClient.h"
+#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/LiveScreen.h"
+#include "simulator/camerasim/commands/Output.h"
+
+namespace orvo::simulator {
+
+using android::base::Result;
+using android::base::unexpected;
+using std::chrono::milliseconds;
+using Json = nlohmann::json;
+
+namespace {
+
+constexpr size_t kEventsShown = 10;
+
+/** Ctrl-C is not heard meanwhile. */
+constexpr milliseconds kStatePatience{3000};
+
+/** Events that come in a row are drawn once. */
+constexpr int kQuietMilliseconds = 50;
+
+/** Follows a device's events and draws what it is like after them. */
+class Watch {
+  public:
+    explicit Watch(std::string root) : mRoot(std::move(root)) {}
+
+    /** Draws until the device ends or a signal says so. */
+    Result<void> onTerminal();
+    /** Prints what is, then a line for each event, until the device ends. */
+    Result<void> asLines();
+
+  private:
+    /** Learns what has happened so far, so that following begins where that ends. */
+    Result<void> readHistory();
+    Json followRequest() const {
+        return {{"command", "events"}, {"from", mNext}, {"follow", true}};
+    }
+    void remember(const Json& event);
+    std::string picture() const;
+    /** Takes every event that is there. @return false if the device has ended. */
+    Result<bool> takeEvents(ControlClient& events);
+
+    const std::string mRoot;
+    int64_t mNext = 1;
+    std::deque<TimelineEvent> mLast;  ///< those that are shown
+};
+
+void Watch::remember(const Json& event) {
+    mLast.push_back(event.get<TimelineEvent>());
+    mNext = mLast.back().number + 1;
+    if (mLast.size() > kEventsShown) mLast.pop_front();
+}
+
+Result<void> Watch::readHistory() {
+    const auto whole = askForEvents(mRoot, {{"command", "events"}, {"from", 1}, {"follow", false}},
+                                    [this](const Json& event) { remember(event); });
+    if (!whole) return unexpected(whole.error());
+    return {};
+}
+
+std::string Watch::picture() const {
+    std::ostringstream out;
+    const auto answer = ask(mRoot, {{"command", "state"}}, kStatePatience);
+    if (answer) {
+        const DeviceState state = answer->get<DeviceState>();
+        out << headerOf(state) << "\n\n";
+        providerTable(state).print(out, wantsColour());
+        out << "\n";
+        cameraTable(state).print(out, wantsColour());
+    } else {
+        out << answer.error().message() << "\n";
+    }
+    out << "\n";
+    for (const TimelineEvent& event : mLast) out << numberedEvent(event, wantsColour()) << "\n";
+    out << painted("Ctrl-C ends this; the device stays", Paint::DIM, wantsColour());
+    return out.str();
+}
+
+Result<bool> Watch::takeEvents(ControlClient& events) {
+    pollfd more{events.descriptor(), POLLIN, 0};
+    while (events.hasLine() || poll(&more, 1, kQuietMilliseconds) > 0) {
+        const auto message = events.next(kStatePatience);
+        if (!message) return unexpected(message.error());
+        if (message->kind != ControlMessage::Kind::EVENT) return false;
+        remember(message->body);
+    }
+    return true;
+}
+
+Result<void> Watch::onTerminal() {
+    const auto known = readHistory();
+    if (!known) return unexpected(known.error());
+    auto events = ControlClient::begin(mRoot, followRequest());
+    if (!events) return unexpected(events.error());
+    LiveScreen screen;
+    for (;;) {
+        screen.show(picture());
+        pollfd awaited[] = {{events->descriptor(), POLLIN, 0}, {screen.signals(), POLLIN, 0}};
+        TEMP_FAILURE_RETRY(poll(awaited, 2, -1));
+        if (awaited[1].revents != 0 && screen.isAskedToEnd()) return {};
+        const auto running = takeEvents(*events);
+        if (!running) return unexpected(running.error());
+        if (!*running) return {};
+    }
+}
+
+Result<void> Watch::asLines() {
+    const auto known = readHistory();
+    if (!known) return unexpected(known.error());
+    const auto answer = ask(mRoot, {{"command", "state"}});
+    if (!answer) return unexpected(answer.error());
+    const DeviceState state = answer->get<DeviceState>();
+    std::cout << headerOf(state) << "\n\n";
+    providerTable(state).print(std::cout, false);
+    std::cout << "\n";
+    printCameras(state);
+    std::cout << std::endl;
+    const auto whole = askForEvents(mRoot, followRequest(), [](const Json& event) {
+        std::cout << numberedEvent(event.get<TimelineEvent>(), false) << std::endl;
+    });
+    if (!whole) return unexpected(whole.error());
+    std::cerr << "the device has ended" << std::endl;
+    return {};
+}
+
+int watch(const DeviceOptions& options) {
+    const auto root = chooseDevice(options.device);
+    if (!root) return complain(root.error());
+    Watch watch(*root);
+    const auto watched = isatty(STDOUT_FILENO) != 0 ? watch.onTerminal() : watch.asLines();
+    return watched ? kAsExpected : complain(watched.error());
+}
+
+}  // namespace
+
+void addWatch(Commands& commands) {
+    auto options = std::make_shared<DeviceOptions>();
+    CLI::App* parser = commands.add(
+            {"watch", "show providers, cameras and events as they change, until Ctrl-C",
+             "camerasim watch"},
+            [options] { return watch(*options); });
+    addDeviceOption(parser, *options);
+}
+
+}  // namespace orvo::simulator

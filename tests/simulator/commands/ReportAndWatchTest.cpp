@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+// Tests of `camerasim bugreport` and `camerasim watch`.
+
+#include <signal.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <system_error>
+
+#include "tests/simulator/commands/CommandsFixture.h"
+
+namespace orvo::simulator::testing {
+namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
+
+std::string contentOf(const std::string& file) {
+    std::ostringstream content;
+    content << std::ifstream(file).rdbuf();
+    return content.str();
+}
+
+class BugreportTest : public CommandsFixture {
+  protected:
+    BugreportTest() {
+        mDevice.answer("props", kProperties);
+        mDevice.haveEvents(sampleEvents());
+        mDevice.write("run/log/provider-external-0.log", "Tag I 11-21 09:58:49 1 2 message\n");
+        mDevice.write("run/properties", "the store");
+        mDevice.write("vendor/etc/orvo_vendor_manifest.xml", "<providers/>");
+        mDevice.write("vendor/etc/vintf/manifest.xml", "<manifest/>");
+        std::filesystem::create_symlink("vintf/manifest.xml",
+                                        mDevice.root() + "/vendor/etc/link.xml");
+    }
+
+    /** Unpacks it beside. @return the directory that was in it. */
+    std::string unpack() const {
+        const ProgramEnd end = runProgram({"/usr/bin/tar", "-xzf", mFile, "-C", mPlace.path()});
+        EXPECT_EQ(0, end.status) << end.err;
+        return mPlace.path() + "/report";
+    }
+
+    const Json kProperties = Json::array({{{"name", "camera.legacy.ids"}, {"value", "100"}}});
+    FakeDevice mDevice{mTemporary.path()};
+    FreshDirectory mPlace;
+    const std::string mFile = mPlace.path() + "/report.tar.gz";
+};
+
+TEST_F(BugreportTest, TheArchiveHasEverything) {
+    expectPrints({"bugreport", "-o", mFile}, "written: " + mFile + "\n");
+    const std::string report = unpack();
+    EXPECT_EQ(Json(mDevice.state()), Json::parse(contentOf(report + "/state.json")));
+    EXPECT_EQ(kProperties, Json::parse(contentOf(report + "/properties.json")));
+    std::string events;
+    for (const TimelineEvent& event : sampleEvents()) events += Json(event).dump() + "\n";
+    EXPECT_EQ(events, contentOf(report + "/events.ndjson"));
+    EXPECT_EQ("Tag I 11-21 09:58:49 1 2 message\n",
+              contentOf(report + "/log/provider-external-0.log"));
+    EXPECT_EQ("<providers/>", contentOf(report + "/vendor/etc/orvo_vendor_manifest.xml"));
+    EXPECT_EQ("<manifest/>", contentOf(report + "/vendor/etc/vintf/manifest.xml"));
+    EXPECT_EQ("<manifest/>", contentOf(report + "/vendor/etc/link.xml"));
+    EXPECT_THAT(contentOf(report + "/REPORT.txt"), HasSubstr("Nothing is missing.\n"));
+    EXPECT_THAT(contentOf(report + "/REPORT.txt"), HasSubstr(mDevice.root()));
+    EXPECT_FALSE(std::filesystem::exists(mFile + ".part"));
+}
+
+TEST_F(BugreportTest, ADeviceThatDoesNotAnswerGivesWhatLiesOnTheDisk) {
+    mDevice.beSilent();
+    expectPrints({"bugreport", "-o", mFile, "--timeout", "0.1"},
+                 "missing: state, events and the list of properties: the device does not answer\n"
+                 "written: " +
+                         mFile + "\n");
+    const std::string report = unpack();
+    EXPECT_FALSE(std::filesystem::exists(report + "/state.json"));
+    EXPECT_EQ("the store", contentOf(report + "/properties.lmdb"));
+    EXPECT_TRUE(std::filesystem::exists(report + "/log/provider-external-0.log"));
+    EXPECT_TRUE(std::filesystem::exists(report + "/vendor/etc/vintf/manifest.xml"));
+    EXPECT_THAT(contentOf(report + "/REPORT.txt"),
+                HasSubstr("Missing:\n  state, events and the list of properties"));
+}
+
+TEST_F(BugreportTest, ADeviceThatHasEndedIsReportedByItsDirectory) {
+    mDevice.end();
+    const ProgramEnd end = camerasim({"bugreport", "-o", mFile, "--device", mDevice.root()});
+    EXPECT_EQ(0, end.status) << end.err;
+    EXPECT_THAT(end.out, HasSubstr("missing: state, events and the list of properties: the device"
+                                   " in '" +
+                                   mDevice.root() + "' cannot be reached"));
+    EXPECT_TRUE(std::filesystem::exists(unpack() + "/log/provider-external-0.log"));
+}
+
+TEST_F(BugreportTest, WhatTheDeviceRefusesIsMissing) {
+    mDevice.refuse("props", "the store is locked");
+    expectPrints({"bugreport", "-o", mFile},
+                 "missing: the list of properties: the store is locked\nwritten: " + mFile + "\n");
+    EXPECT_TRUE(std::filesystem::exists(unpack() + "/state.json"));
+}
+
+TEST_F(BugreportTest, WithoutANameItIsCalledAfterTheDevice) {
+    const Words command = {"/usr/bin/env", "-C", mPlace.path(), programPath("camerasim"),
+                           "bugreport"};
+    const ProgramEnd end = runProgram(command, environment());
+    EXPECT_EQ(0, end.status) << end.err;
+    EXPECT_THAT(end.out, HasSubstr("written: " + mPlace.path() + "/camerasim-headset-"));
+}
+
+TEST_F(BugreportTest, APlaceThatCannotBeWrittenIsRefused) {
+    const ProgramEnd end = camerasim({"bugreport", "-o", "/no/such/place/report.tar.gz"});
+    EXPECT_EQ(1, end.status);
+    EXPECT_EQ(0u, end.err.find("camerasim: cannot write '/no/such/place/report.tar.gz' ("));
+    EXPECT_THAT(end.err, HasSubstr("); say where with -o FILE\n"));
+}
+
+class WatchTest : public CommandsFixture {
+  protected:
+    WatchTest() { mDevice.haveEvents(sampleEvents()); }
+
+    const TimelineEvent kTorch = {4,       "14:03:10.000000",       3.5,
+                                  "torch", "device@3.2/legacy/100", "AVAILABLE_ON"};
+    FakeDevice mDevice{mTemporary.path()};
+};
+
+TEST_F(WatchTest, OnNoTerminalThereIsOnePictureAndThenALineForEachEvent) {
+    ProgramRun run(commandLine({"watch"}), environment());
+    ASSERT_TRUE(run.awaitOutput("ghost/0: named in the map"));
+    ASSERT_EQ(2u, mDevice.requests("events", 2).size());
+    EXPECT_EQ(4, mDevice.requests("events", 2)[1]["from"]);
+    mDevice.happen(kTorch);
+    ASSERT_TRUE(run.awaitOutput("  AVAILABLE_ON\n"));
+    mDevice.end();
+    const ProgramEnd end = run.awaitEnd();
+    EXPECT_EQ(0, end.status);
+    EXPECT_EQ("the device has ended\n", end.err);
+    EXPECT_EQ(end.out.find("PROVIDER"), end.out.rfind("PROVIDER")) << "one picture";
+    EXPECT_THAT(end.out, Not(HasSubstr("\033")));
+}
+
+TEST_F(WatchTest, OnATerminalEachEventIsANewPictureAndTheTerminalIsGivenBack) {
+    ProgramRun run({"/usr/bin/script", "-qec", programPath("camerasim") + " watch", "/dev/null"},
+                   environment());
+    ASSERT_TRUE(run.awaitOutput("Ctrl-C ends this"));
+    EXPECT_THAT(run.output(), HasSubstr("\033[?1049h"));
+    EXPECT_THAT(run.output(), HasSubstr("legacy/0   \033[1;31mNOT_PRESENT\033[0m"));
+    ASSERT_EQ(2u, mDevice.requests("events", 2).size());
+    mDevice.happen(kTorch);
+    ASSERT_TRUE(run.awaitOutput("3.500"));
+    EXPECT_EQ(2u, mDevice.requests("state", 2).size());
+    mDevice.end();
+    const ProgramEnd end = run.awaitEnd();
+    EXPECT_EQ(0, end.status);
+    EXPECT_THAT(end.out, HasSubstr("\033[?25h\033[?1049l"));
+}
+
+TEST_F(WatchTest, AnInterruptGivesTheTerminalBack) {
+    const std::string program = programPath("camerasim");
+    ProgramRun run({"/usr/bin/script", "-qec", program + " watch", "/dev/null"}, environment());
+    ASSERT_TRUE(run.awaitOutput("Ctrl-C ends this"));
+    for (const pid_t pid : processesWithEnvironment("TMPDIR=" + mTemporary.path())) {
+        std::error_code gone;
+        const auto file = "/proc/" + std::to_string(pid) + "/exe";
+        if (std::filesystem::read_symlink(file, gone) == program) kill(pid, SIGINT);
+    }
+    const ProgramEnd end = run.awaitEnd();
+    EXPECT_EQ(0, end.status);
+    EXPECT_THAT(end.out, HasSubstr("\033[?25h\033[?1049l"));
+}
+
+}  // namespace
+}  // namespace orvo::simulator::testing

@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: Apache-2.0
+// The Android.bp files: a device's build reads them, and they build what is built here.
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <android-base/file.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/packaging/BlueprintModules.h"
+
+namespace orvo::test {
+namespace {
+
+namespace fs = std::filesystem;
+using nlohmann::json;
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::IsSupersetOf;
+
+const fs::path kRoot = ORVO_SOURCE_DIR;
+const std::vector<std::string> kFiles = {"Android.bp", "device/Android.bp", "fuzz/Android.bp"};
+constexpr char kLibrary[] = "android.hardware.camera.provider@2.4-impl-orvo";
+
+// What is compiled on Linux and not on a device.
+bool isOnlyForLinux(const std::string& source) {
+    static const std::set<std::string> kFiles = {
+            // These look at the sources, and at the library that the Linux build made.
+            "tests/provider/ExportedSymbolsTest.cpp",
+            "tests/provider/IncludeRuleTest.cpp",
+    };
+    // Reads descriptions of simulated devices.
+    constexpr char kDescriptions[] = "mapcheck/linux/";
+    return kFiles.count(source) > 0 || source.rfind(kDescriptions, 0) == 0;
+}
+
+bool isOfTheDevice(const std::string& source) {
+    static const std::vector<std::string> kDirectories = {"provider/",     "mapper/",
+                                                          "mapcheck/",     "tests/provider/",
+                                                          "tests/mapper/", "device/service/"};
+    return std::any_of(kDirectories.begin(), kDirectories.end(), [&](const std::string& directory) {
+        return source.rfind(directory, 0) == 0;
+    });
+}
+
+// What the Linux build compiles, relative to the root.
+std::set<std::string> compiledOnLinux() {
+    std::string text;
+    EXPECT_TRUE(android::base::ReadFileToString(ORVO_BINARY_DIR "/compile_commands.json", &text));
+    std::set<std::string> sources;
+    for (const json& command : json::parse(text)) {
+        const fs::path file = command["file"].get<std::string>();
+        sources.insert(file.lexically_relative(kRoot));
+    }
+    return sources;
+}
+
+std::set<std::string> without(std::set<std::string> all, const std::set<std::string>& some) {
+    for (const std::string& one : some) all.erase(one);
+    return all;
+}
+
+class BlueprintTest : public ::testing::Test {
+  protected:
+    BlueprintTest() : mReading(readBlueprints(kRoot, kFiles)), mModules(mReading.output) {}
+
+    void SetUp() override { ASSERT_TRUE(mReading.accepted) << mReading.complaints; }
+
+    // The files that the modules compile.
+    std::set<std::string> compiled() const {
+        std::set<std::string> sources;
+        for (const std::string& file : mModules.files()) {
+            if (fs::path(file).extension() == ".cpp") sources.insert(file);
+        }
+        return sources;
+    }
+
+    const BlueprintReading mReading;
+    const BlueprintModules mModules;
+};
+
+TEST_F(BlueprintTest, EveryFileThatIsNamedIsThere) {
+    EXPECT_THAT(mModules.files(), Contains("provider/exports.map"));
+    for (const std::string& file : mModules.files()) {
+        // The build takes patterns for the inputs of a fuzz target.
+        if (file.find('*') != std::string::npos) {
+            EXPECT_TRUE(fs::is_directory(kRoot / fs::path(file).parent_path())) << file;
+        } else {
+            EXPECT_TRUE(fs::is_regular_file(kRoot / file)) << file;
+        }
+    }
+}
+
+TEST_F(BlueprintTest, TheDeviceCompilesWhatLinuxCompiles) {
+    std::set<std::string> expected;
+    for (const std::string& source : compiledOnLinux()) {
+        if (isOfTheDevice(source) && !isOnlyForLinux(source)) expected.insert(source);
+    }
+    std::set<std::string> found;
+    for (const std::string& source : compiled()) {
+        if (isOfTheDevice(source)) found.insert(source);
+    }
+    EXPECT_THAT(expected, Contains("provider/EntryPoint.cpp"));
+    EXPECT_THAT(without(expected, found), IsEmpty()) << "add these to Android.bp";
+    EXPECT_THAT(without(found, expected), IsEmpty()) << "the Linux build does not compile these";
+}
+
+TEST_F(BlueprintTest, WhatTheTestsAndTheFuzzTargetShareIsCompiledOnLinuxToo) {
+    EXPECT_THAT(without(compiled(), compiledOnLinux()), IsEmpty());
+}
+
+TEST_F(BlueprintTest, TheTestsReplaceTheFunctionsThatTheyReplaceOnLinux) {
+    static const std::regex kWrap("--wrap=([a-zA-Z_]+)");
+    const auto wraps = [](const std::string& text) {
+        std::multiset<std::string> names;
+        for (std::sregex_iterator it(text.begin(), text.end(), kWrap), end; it != end; ++it) {
+            names.insert((*it)[1]);
+        }
+        return names;
+    };
+    std::string linux;
+    for (const char* directory : {"mapper", "provider", "support"}) {
+        std::string text;
+        ASSERT_TRUE(android::base::ReadFileToString(kRoot / "tests" / directory / "CMakeLists.txt",
+                                                    &text));
+        linux += text;
+    }
+    std::string device;
+    for (const char* type : {"cc_defaults", "cc_test"}) {
+        for (const std::string& name : mModules.namesOfType(type)) {
+            device += mModules.module(name)["properties"].value("ldflags", json()).dump();
+        }
+    }
+    EXPECT_THAT(wraps(linux), Contains("dlopen"));
+    EXPECT_EQ(wraps(device), wraps(linux));
+}
+
+TEST_F(BlueprintTest, TheLibraryIsInstalledWhereTheLoaderLooks) {
+    EXPECT_EQ(mModules.module(kLibrary)["type"], "cc_library_shared");
+    EXPECT_EQ(std::string(kLibrary) + ".so", ORVO_PROVIDER_LIBRARY_NAME);
+    EXPECT_EQ(mModules.property(kLibrary, "vendor"), true);
+    EXPECT_EQ(mModules.property(kLibrary, "compile_multilib"), "64");
+    EXPECT_EQ(mModules.property(kLibrary, "relative_install_path"), "hw");
+}
+
+TEST_F(BlueprintTest, TheLibraryHidesWhatItDoesNotExport) {
+    EXPECT_EQ(mModules.property(kLibrary, "version_script"), "provider/exports.map");
+    for (const char* module : {kLibrary, "orvo_camera_provider_core", "orvo_camera_mapper"}) {
+        EXPECT_THAT(mModules.list(module, "cflags"), Contains("-fvisibility=hidden")) << module;
+        EXPECT_EQ(mModules.property(module, "sanitize")["integer_overflow"], true) << module;
+        EXPECT_EQ(mModules.property(module, "cpp_std"), "c++17") << module;
+    }
+}
+
+TEST_F(BlueprintTest, TheLibraryLinksThePlatformsLibraries) {
+    EXPECT_THAT(mModules.list(kLibrary, "shared_libs"),
+                IsSupersetOf({"android.hardware.camera.provider@2.4", "libcameraprovidershim",
+                              "libcutils", "libhidlbase", "libhidltransport", "liblog", "libutils",
+                              "libxml2"}));
+}
+
+TEST_F(BlueprintTest, EveryModuleButTheToolsIsForTheVendorPartition) {
+    for (const char* type : {"cc_library_static", "cc_library_shared", "cc_test", "prebuilt_etc"}) {
+        EXPECT_THAT(mModules.namesOfType(type), ::testing::Not(IsEmpty())) << type;
+        for (const std::string& module : mModules.namesOfType(type)) {
+            EXPECT_EQ(mModules.property(module, "vendor"), true) << module;
+        }
+    }
+}
+
+TEST_F(BlueprintTest, EveryDependencyWithinTheProjectExists) {
+    for (const char* type : {"cc_library_static", "cc_library_shared", "cc_test", "cc_binary",
+                             "cc_fuzz", "genrule", "prebuilt_etc"}) {
+        for (const std::string& module : mModules.namesOfType(type)) {
+            for (const char* property : {"static_libs", "whole_static_libs", "required", "tools"}) {
+                for (const std::string& name : mModules.list(module, property)) {
+                    if (name.find("orvo") != std::string::npos) mModules.module(name);
+                }
+            }
+        }
+    }
+}
+
+TEST_F(BlueprintTest, TheProductsMapIsCheckedBeforeItIsInstalled) {
+    constexpr char kMap[] = "orvo_vendor_manifest.xml";
+    const std::string source = mModules.property(kMap, "src");
+    ASSERT_EQ(source.substr(0, 1), ":");
+    const std::string rule = source.substr(1);
+    EXPECT_EQ(mModules.module(rule)["type"], "genrule");
+    EXPECT_THAT(mModules.list(rule, "tools"), Contains("orvo-mapcheck"));
+    EXPECT_THAT(mModules.property(rule, "cmd").get<std::string>(),
+                HasSubstr("$(location orvo-mapcheck) $(location orvo_vendor_manifest.xml)"));
+    EXPECT_EQ(mModules.property("orvo-mapcheck", "host_supported"), true);
+    EXPECT_EQ(mModules.property(kMap, "filename"), kMap);
+    EXPECT_THAT(mModules.list(kLibrary, "required"), Contains(kMap));
+}
+
+TEST(BlueprintReaderTest, AMistakeIsNamedWithItsPlace) {
+    const TemporaryDir directory;
+    std::ofstream(fs::path(directory.path) / "Android.bp")
+            << "cc_library_shared {\n    name: \"a\",\n    visible: false,\n}\n\ncc_nothing {}\n";
+    const BlueprintReading reading = readBlueprints(directory.path, {"Android.bp"});
+    EXPECT_FALSE(reading.accepted);
+    EXPECT_EQ(reading.complaints,
+              "Android.bp:3:12: unrecognized property \"visible\"\n"
+              "Android.bp:6:1: unrecognized module type \"cc_nothing\"\n");
+}
+
+}  // namespace
+}  // namespace orvo::test

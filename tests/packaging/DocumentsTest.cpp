@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: Apache-2.0
+// The documents say what the sources do: every line that is logged, every function that is named.
+
+#include <regex>
+#include <set>
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/packaging/SourceTexts.h"
+
+namespace orvo::test {
+namespace {
+
+using ::testing::Contains;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::IsSubsetOf;
+using ::testing::Not;
+
+constexpr char kDeviceDocument[] = "docs/device.md";
+
+// The lines of the tables of a document, or of one section of it.
+std::set<LoggedText> tableLines(const std::string& text) {
+    static const std::regex kRow(R"re((?:^|\n)\| ([EWI]) \| `([^`]+)` \|)re");
+    std::set<LoggedText> lines;
+    for (std::sregex_iterator it(text.begin(), text.end(), kRow), end; it != end; ++it) {
+        EXPECT_TRUE(lines.emplace((*it)[1].str()[0], (*it)[2]).second) << (*it)[2];
+    }
+    return lines;
+}
+
+std::string section(const std::string& text, const std::string& title) {
+    const size_t start = text.find("\n## " + title + "\n");
+    EXPECT_NE(start, std::string::npos) << title;
+    return start == std::string::npos ? ""
+                                      : text.substr(start, text.find("\n## ", start + 1) - start);
+}
+
+std::set<LoggedText> without(std::set<LoggedText> all, const std::set<LoggedText>& some) {
+    for (const LoggedText& one : some) all.erase(one);
+    return all;
+}
+
+TEST(DeviceDocumentTest, ExplainsEveryLineThatIsLoggedAndNoOther) {
+    EXPECT_THAT(loggedTexts(), Contains(LoggedText('E', "Failed to get service %s")));
+    const std::set<LoggedText> explained = tableLines(sourceText(kDeviceDocument));
+    EXPECT_THAT(without(loggedTexts(), explained), IsEmpty())
+            << "give each of these a row in " << kDeviceDocument;
+    EXPECT_THAT(without(explained, loggedTexts()), IsEmpty())
+            << "nothing logs these; remove their rows from " << kDeviceDocument;
+}
+
+TEST(DeviceDocumentTest, ListsEveryLineThatEndsTheProcess) {
+    const std::set<LoggedText> listed =
+            tableLines(section(sourceText(kDeviceDocument), "Lines that end the process"));
+    std::set<LoggedText> expected = fatalTexts();
+    EXPECT_THAT(expected, Not(IsEmpty()));
+    expected.insert({'E', "Shutting down in error state in 1s ..."});
+    expected.insert({'E', "Exiting in error state."});
+    EXPECT_EQ(listed, expected);
+}
+
+class FunctionsTest : public ::testing::TestWithParam<std::string> {};
+
+TEST_P(FunctionsTest, EveryFunctionThatTheDocumentNamesExists) {
+    static const std::regex kCall(R"re((\w+)\(\))re");
+    static const std::set<std::string> known =
+            functionNames({"benchmarks", "device", "fuzz", "host", "mapcheck", "mapper", "provider",
+                           "simulator", "tests"});
+    const std::string text = sourceText(GetParam());
+    std::set<std::string> named;
+    for (std::sregex_iterator it(text.begin(), text.end(), kCall), end; it != end; ++it) {
+        named.insert((*it)[1]);
+    }
+    EXPECT_THAT(named, Not(IsEmpty()));
+    EXPECT_THAT(named, IsSubsetOf(known));
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, FunctionsTest,
+                         ::testing::Values("docs/architecture.md", "docs/device.md",
+                                           "CONTRIBUTING.md"),
+                         [](const auto& info) {
+                             std::string name = info.param;
+                             return std::regex_replace(name, std::regex("[^A-Za-z]"), "");
+                         });
+
+TEST(ChangelogTest, TellsOfTheVersionThatIsBuilt) {
+    EXPECT_THAT(sourceText("CHANGELOG.md"), HasSubstr("\n## [" ORVO_VERSION "]"));
+}
+
+}  // namespace
+}  // namespace orvo::test

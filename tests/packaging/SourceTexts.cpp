@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: Apache-2.0
+// Reads the sources as text.
+
+#include "tests/packaging/SourceTexts.h"
+
+#include <algorithm>
+#include <iterator>
+#include <map>
+#include <optional>
+#include <regex>
+
+#include <android-base/file.h>
+#include <gtest/gtest.h>
+
+namespace orvo::test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+const fs::path kRoot = ORVO_SOURCE_DIR;
+
+std::vector<fs::path> filesIn(const std::string& directory) {
+    static const std::set<std::string> kExtensions = {".cpp", ".h", ".hal"};
+    std::vector<fs::path> files;
+    for (const auto& entry : fs::recursive_directory_iterator(kRoot / directory)) {
+        if (kExtensions.count(entry.path().extension()) > 0) {
+            files.push_back(entry.path().lexically_relative(kRoot));
+        }
+    }
+    return files;
+}
+
+struct LogCall {
+    LoggedText text;
+    size_t end;  // Of the call, in the file.
+};
+
+// The calls of the log in a file, in order.
+std::vector<LogCall> logCallsOf(const std::string& source, const fs::path& file) {
+    // Priority, tag, and a text in one or more pieces.
+    static const std::regex kCall(
+            R"re(__android_log_print\(\s*ANDROID_LOG_(\w+),\s*kLogTag,\s*((?:"(?:[^"\\]|\\.)*"\s*)+))re");
+    static const std::regex kSeam(R"re("\s*")re");
+    static const std::map<std::string, char> kPriorities = {
+            {"ERROR", 'E'}, {"WARN", 'W'}, {"INFO", 'I'}};
+
+    std::vector<LogCall> calls;
+    for (std::sregex_iterator it(source.begin(), source.end(), kCall), end; it != end; ++it) {
+        std::string text = (*it)[2];
+        text = text.substr(1, text.rfind('"') - 1);
+        text = std::regex_replace(text, std::regex(R"re(\\")re"), "\x01");
+        text = std::regex_replace(text, kSeam, "");
+        std::replace(text.begin(), text.end(), '\x01', '"');
+        const auto priority = kPriorities.find((*it)[1]);
+        EXPECT_NE(priority, kPriorities.end()) << file << ": " << text;
+        if (priority == kPriorities.end()) continue;
+        calls.push_back(
+                {{priority->second, text}, static_cast<size_t>(it->position() + it->length())});
+    }
+
+    static const std::regex kAnyCall(R"re(\b__android_log_\w+|\bA?LOG[VDIWEF]?\()re");
+    const auto count = std::distance(std::sregex_iterator(source.begin(), source.end(), kAnyCall),
+                                     std::sregex_iterator());
+    EXPECT_EQ(calls.size(), static_cast<size_t>(count)) << file << " has a call that is not read";
+    return calls;
+}
+
+}  // namespace
+
+std::string sourceText(const fs::path& file) {
+    std::string text;
+    EXPECT_TRUE(android::base::ReadFileToString(kRoot / file, &text)) << file;
+    return text;
+}
+
+std::set<LoggedText> loggedTexts() {
+    std::set<LoggedText> texts;
+    for (const char* directory : {"provider", "mapper"}) {
+        for (const fs::path& file : filesIn(directory)) {
+            for (const LogCall& call : logCallsOf(sourceText(file), file)) texts.insert(call.text);
+        }
+    }
+    return texts;
+}
+
+std::set<LoggedText> fatalTexts() {
+    constexpr char kExit[] = " shutdown();";
+    std::set<LoggedText> texts;
+    for (const fs::path& file : filesIn("provider")) {
+        if (file.extension() != ".cpp") continue;
+        const std::string source = sourceText(file);
+        const std::vector<LogCall> calls = logCallsOf(source, file);
+        for (size_t at = source.find(kExit); at != std::string::npos;
+             at = source.find(kExit, at + 1)) {
+            const auto next = std::find_if(calls.begin(), calls.end(),
+                                           [at](const LogCall& call) { return call.end > at; });
+            EXPECT_NE(next, calls.begin()) << file << " ends the process without a word";
+            if (next != calls.begin()) texts.insert(std::prev(next)->text);
+        }
+    }
+    return texts;
+}
+
+std::set<std::string> functionNames(const std::vector<std::string>& directories) {
+    static const std::regex kName(R"re((\w+)\()re");
+    std::set<std::string> names;
+    for (const std::string& directory : directories) {
+        for (const fs::path& file : filesIn(directory)) {
+            const std::string source = sourceText(file);
+            for (std::sregex_iterator it(source.begin(), source.end(), kName), end; it != end;
+                 ++it) {
+                names.insert((*it)[1]);
+            }
+        }
+    }
+    return names;
+}
+
+}  // namespace orvo::test

@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the documents are held against: the texts in the sources.
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvo::test {
+
+/** Priority, as one letter of "EWI", and text, as in the source but for quotes. */
+using LoggedText = std::pair<char, std::string>;
+
+/** Every call of the log in the library's sources; the test fails at one that cannot be read. */
+std::set<LoggedText> loggedTexts();
+
+/** The texts that are logged right before the process is ended. */
+std::set<LoggedText> fatalTexts();
+
+/** The whole of a file, relative to the source directory; the test fails if there is none. */
+std::string sourceText(const std::filesystem::path& file);
+
+/** Everything that looks like the definition, declaration or call of a function, by name, in all
+ *  C++ and interface files of the given directories. */
+std::set<std::string> functionNames(const std::vector<std::string>& directories);
+
+}  // namespace orvo::test

@@ -1,0 +1,194 @@
+// SPDX-License-Identifier: Apache-2.0
+// Makes honest calls and records what crosses.
+
+#include "fuzz/transport/Interfaces.h"
+
+#include <fcntl.h>
+
+#include <memory>
+#include <utility>
+
+#include <android/hardware/camera/provider/2.4/BnHwCameraProvider.h>
+#include <android/hardware/camera/provider/2.4/BnHwCameraProviderCallback.h>
+#include <android/hardware/camera/provider/2.4/BpHwCameraProvider.h>
+#include <android/hardware/camera/provider/2.4/BpHwCameraProviderCallback.h>
+#include <hidl/HidlBinderSupport.h>
+#include <hidl/HidlTransportSupport.h>
+#include <orvo/test/kinds/1.1/BpHwKinds.h>
+
+#include "fuzz/support/Require.h"
+#include "tests/host/hidl/EchoingKinds.h"
+#include "tests/host/hidl/LoopBackBinder.h"
+#include "tests/support/RecordingCallback.h"
+#include "tests/support/ScriptedProvider.h"
+
+namespace orvo::fuzz {
+
+namespace {
+
+using android::sp;
+using android::status_t;
+using android::hardware::getOrCreateCachedBinder;
+using android::hardware::hidl_handle;
+using android::hardware::hidl_memory;
+using android::hardware::IBinder;
+using android::hardware::Parcel;
+using android::hardware::camera::common::V1_0::CameraDeviceStatus;
+using android::hardware::camera::common::V1_0::CameraMetadataType;
+using android::hardware::camera::common::V1_0::TorchModeStatus;
+using android::hardware::camera::common::V1_0::VendorTagSection;
+using android::hardware::camera::provider::V2_4::BpHwCameraProvider;
+using android::hardware::camera::provider::V2_4::BpHwCameraProviderCallback;
+using android::hardware::camera::provider::V2_4::ICameraProvider;
+using android::hardware::camera::provider::V2_4::ICameraProviderCallback;
+using orvo::test::EchoingKinds;
+using orvo::test::kinds::V1_0::Colour;
+using orvo::test::kinds::V1_0::Leaf;
+using orvo::test::kinds::V1_0::Tree;
+using orvo::test::kinds::V1_1::BpHwKinds;
+using orvo::test::kinds::V1_1::IKinds;
+
+/** Hands calls to the stub, and keeps a copy of each and of its answer. */
+class Recorder final : public orvo::test::LoopBackBinder {
+  public:
+    Recorder(const sp<IBinder>& stub, std::vector<HonestCall>* calls)
+        : LoopBackBinder(stub), mCalls(calls) {}
+
+    status_t transact(uint32_t code, const Parcel& data, Parcel* reply, uint32_t flags,
+                      TransactCallback callback) override {
+        status_t sealing = android::OK;
+        HonestCall recorded{code, flags, data.contents().seal(&sealing), nullptr};
+        require(sealing == android::OK, "an honest call can be copied");
+        const status_t status = LoopBackBinder::transact(code, data, reply, flags, nullptr);
+        require(status == android::OK, "an honest call is answered", std::to_string(code));
+        if ((flags & FLAG_ONEWAY) == 0) {
+            recorded.reply = reply->contents().seal(&sealing);
+            require(sealing == android::OK, "an honest answer can be copied");
+            if (callback) callback(*reply);
+        }
+        mCalls->push_back(std::move(recorded));
+        return android::OK;
+    }
+
+  private:
+    std::vector<HonestCall>* const mCalls;
+};
+
+/** With one descriptor and one number. */
+hidl_handle openHandle() {
+    native_handle_t* native = native_handle_create(1, 1);
+    native->data[0] = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    native->data[1] = 42;
+    hidl_handle handle;
+    handle.setTo(native, true);
+    return handle;
+}
+
+/** A failure is an answer too; unexamined, it would end the process. */
+template <typename Result>
+void examine(const Result& result) {
+    (void)result.isOk();
+}
+
+/** For results that are handed over: looked at, so that all of it must be in place. */
+constexpr auto look = [](const auto&... values) {
+    using android::hardware::toString;
+    ((void)toString(values), ...);
+};
+
+template <typename Type>
+void callBase(const sp<Type>& object) {
+    examine(object->ping());
+    examine(object->interfaceChain(look));
+    examine(object->interfaceDescriptor(look));
+    examine(object->getHashChain([](const auto& hashes) { require(hashes.size() < 1 << 20, ""); }));
+    examine(object->getDebugInfo([](const auto& info) { (void)toString(info); }));
+    examine(object->debug(openHandle(), {"an option"}));
+    examine(object->setHALInstrumentation());
+}
+
+void callKinds(const sp<IBinder>& binder) {
+    const sp<IKinds> kinds = new BpHwKinds(binder);
+    const Leaf leaf{"leaf", Colour::GREEN, {}, 0.5};
+    const Tree tree{true, {leaf, leaf}, {"one", "", "three"}, {{1, 2, 3}, {}}};
+    examine(kinds->echoTree(tree, [](const Tree& same) { (void)toString(same); }));
+    examine(kinds->echoTree(Tree{}, [](const Tree& same) { (void)toString(same); }));
+    examine(kinds->echoParcelled({"label", openHandle()},
+                                 [](const auto& same) { (void)toString(same); }));
+    examine(kinds->echoHandle(openHandle(), look));
+    examine(kinds->echoHandle(nullptr, look));
+    examine(kinds->echoMemory(hidl_memory("ashmem", openHandle(), 64), look));
+    examine(kinds->echoQueue(EchoingKinds::Queue(64, native_handle_clone(openHandle()), 1), look));
+    examine(kinds->echoColour(Colour::BLUE));
+    examine(kinds->echoKinds(new EchoingKinds));
+    examine(kinds->echoKinds(nullptr));
+    examine(kinds->echoAny(new EchoingKinds));
+    examine(kinds->nothing());
+    examine(kinds->note("a note"));
+    examine(kinds->version());
+    callBase(kinds);
+}
+
+sp<IBinder> makeKinds() {
+    return getOrCreateCachedBinder(new EchoingKinds);
+}
+
+void callCameraProvider(const sp<IBinder>& binder) {
+    const sp<ICameraProvider> provider = new BpHwCameraProvider(binder);
+    const auto lookAtDevice = [](auto, const auto& device) { (void)(device != nullptr); };
+    examine(provider->setCallback(new orvo::test::RecordingCallback));
+    examine(provider->getVendorTags([](auto, const auto& sections) { look(sections); }));
+    examine(provider->getCameraIdList([](auto, const auto& names) { look(names); }));
+    examine(provider->isSetTorchModeSupported([](auto, bool) {}));
+    examine(provider->getCameraDeviceInterface_V1_x("device@1.0/virtual/8", lookAtDevice));
+    examine(provider->getCameraDeviceInterface_V3_x("device@3.2/external/100", lookAtDevice));
+    callBase(provider);
+}
+
+sp<IBinder> makeCameraProvider() {
+    const sp<orvo::test::ScriptedProvider> provider = new orvo::test::ScriptedProvider;
+    provider->cameraIds.value = {"device@3.2/external/100", "device@3.2/external/101"};
+    VendorTagSection section;
+    section.sectionName = "com.orvo.usb";
+    section.tags = {{0x80020000, "busAddress", CameraMetadataType::INT32}};
+    provider->vendorTags.value = {section, section};
+    return getOrCreateCachedBinder(provider.get());
+}
+
+void callCameraProviderCallback(const sp<IBinder>& binder) {
+    const sp<ICameraProviderCallback> callback = new BpHwCameraProviderCallback(binder);
+    examine(callback->cameraDeviceStatusChange("device@3.2/external/100",
+                                               CameraDeviceStatus::PRESENT));
+    examine(callback->torchModeStatusChange("device@3.2/external/100",
+                                            TorchModeStatus::AVAILABLE_ON));
+    callBase(callback);
+}
+
+sp<IBinder> makeCameraProviderCallback() {
+    return getOrCreateCachedBinder(new orvo::test::RecordingCallback);
+}
+
+std::vector<Interface> makeInterfaces() {
+    std::vector<Interface> all;
+    all.push_back({"IKinds", makeKinds, callKinds, {}});
+    all.push_back({"ICameraProvider", makeCameraProvider, callCameraProvider, {}});
+    all.push_back({"ICameraProviderCallback",
+                   makeCameraProviderCallback,
+                   callCameraProviderCallback,
+                   {}});
+    for (Interface& each : all) {
+        each.callAll(new Recorder(each.makeStub(), &each.calls));
+        require(!each.calls.empty(), "there are honest calls", each.name);
+    }
+    return all;
+}
+
+}  // namespace
+
+const std::vector<Interface>& interfaces() {
+    // Never destroyed: what runs on other threads may still hold objects of it.
+    static const std::vector<Interface>& all = *new std::vector<Interface>(makeInterfaces());
+    return all;
+}
+
+}  // namespace orvo::fuzz

@@ -1,0 +1,126 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the thread sanitizer reports with the suppressions in use: every race but those that are
+// meant to be.
+
+#include <pthread.h>
+#include <stdlib.h>
+
+#include <functional>
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/ProviderTest.h"
+
+namespace orvo::test {
+namespace {
+
+using android::sp;
+using testing::ExitedWithCode;
+
+constexpr int kReported = 66;  // The sanitizer's own status.
+constexpr int kRounds = 300;
+
+/** Runs both again and again, at the same time and ordered by nothing. */
+void runTogether(const std::function<void()>& one, const std::function<void()>& other) {
+    pthread_barrier_t start;
+    pthread_barrier_init(&start, nullptr, 2);
+    const auto repeat = [&start](const std::function<void()>& action) {
+        pthread_barrier_wait(&start);
+        for (int i = 0; i < kRounds; i++) action();
+    };
+    std::thread thread([&] { repeat(other); });
+    repeat(one);
+    thread.join();
+}
+
+class ThreadSanitizerTest : public ProviderTest {
+  protected:
+    ThreadSanitizerTest() {
+        // For the processes of the tests, which then say what was suppressed.
+        setenv("TSAN_OPTIONS", "print_suppressions=1", 1);
+    }
+
+    void replaceCallbacksWhile(const std::function<void()>& action) {
+        makeObject("legacy/0", {});
+        // Neither of them ever goes away, as a callback that is in use might.
+        const sp<RecordingCallback> other = new RecordingCallback;
+        mObject->setCallback(mFramework);
+        runTogether(action, [&] {
+            mObject->setCallback(other);
+            mObject->setCallback(mFramework);
+        });
+        exit(0);
+    }
+
+    void reconnectWhile(const std::function<void()>& action) {
+        makeConnectedObject({"external/0"});
+        // As above, services and shims stay alive.
+        struct Incarnation {
+            sp<ScriptedProvider> service = new ScriptedProvider;
+            sp<ScriptedProvider> shim = new ScriptedProvider;
+        };
+        const Incarnation incarnations[2];
+        const Incarnation original{
+                static_cast<ScriptedProvider*>(descriptor("external/0")->mProvider.get()),
+                mShims.shim("external/0")};
+        runTogether(action, [&] {
+            for (const Incarnation& next : incarnations) {
+                mProxy->start("external/0", next.service);
+                mShims.prepare("external/0", next.shim);
+                mObject->initializeProviderService(descriptor("external/0"), "external/0");
+            }
+        });
+        exit(0);
+    }
+};
+
+TEST_F(ThreadSanitizerTest, AnInjectedRaceIsReported) {
+    int shared = 0;
+    const auto increment = [&shared] { shared = shared + 1; };
+    EXPECT_EXIT(
+            {
+                runTogether(increment, increment);
+                exit(0);
+            },
+            ExitedWithCode(kReported), "ThreadSanitizer: data race");
+}
+
+TEST_F(ThreadSanitizerTest, ALookAtTheActiveDevicesWithoutTheirLockIsReported) {
+    makeObject("legacy/0", {"external/0"});
+    EXPECT_EXIT(
+            {
+                runTogether(
+                        [this] {
+                            for (const auto status :
+                                 {CameraDeviceStatus::PRESENT, CameraDeviceStatus::NOT_PRESENT}) {
+                                mObject->cameraDeviceStatusChange("device@3.2/external/1", status);
+                            }
+                        },
+                        [this] { mObject->mActiveDevices.count("device@3.2/legacy/1"); });
+                exit(0);
+            },
+            ExitedWithCode(kReported), "ThreadSanitizer: data race");
+}
+
+TEST_F(ThreadSanitizerTest, ReplacingTheCallbackDuringANotificationIsMeantToBe) {
+    EXPECT_EXIT(replaceCallbacksWhile([this] {
+                    mObject->torchModeStatusChange("device@3.2/external/1",
+                                                   TorchModeStatus::AVAILABLE_ON);
+                }),
+                ExitedWithCode(0), "Matched");
+}
+
+TEST_F(ThreadSanitizerTest, ReconnectingWhileVendorTagsAreReadIsMeantToBe) {
+    EXPECT_EXIT(reconnectWhile([this] { mObject->getVendorTags([](auto, const auto&) {}); }),
+                ExitedWithCode(0), "Matched");
+}
+
+TEST_F(ThreadSanitizerTest, ReconnectingWhileCamerasAreListedIsMeantToBe) {
+    EXPECT_EXIT(reconnectWhile([this] { mObject->getCameraIdList([](auto, const auto&) {}); }),
+                ExitedWithCode(0), "Matched");
+}
+
+}  // namespace
+}  // namespace orvo::test

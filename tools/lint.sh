@@ -20,7 +20,7 @@ mapfile -t files < <(git ls-files --cached --others --exclude-standard)
 for file in "${files[@]}"; do
     [ -f "$file" ] || continue
     case $file in
-        LICENSE|*.json|*.md|*.txt|*.svg|*.gitignore|*.clang-*) continue ;;
+        LICENSE|fuzz/corpus/*|*.json|*.md|*.txt|*.svg|*.gitignore|*.clang-*) continue ;;
     esac
     head -n 3 "$file" | grep -q 'SPDX-License-Identifier: Apache-2.0' ||
         complain "$file: begin it with the line SPDX-License-Identifier: Apache-2.0"
@@ -45,10 +45,14 @@ if git grep -nIE '[[:blank:]]+$' -- '*.cpp' '*.h' '*.cmake' '*CMakeLists.txt' '*
     complain "remove the trailing blanks above"
 fi
 
+# Every link of the documents leads somewhere.
+git ls-files --cached --others --exclude-standard '*.md' | xargs tools/check-links.py ||
+    complain "mend the links above"
+
 # Analysis needs the generated headers, which are built first.
 cmake --build "$build" --target generated_headers -j "$(nproc)" > /dev/null ||
     complain "the generated headers cannot be built"
-mapfile -t analysed < <(git ls-files 'provider/*.cpp' 'mapper/*.cpp' 'host/*.cpp' 'simulator/*.cpp')
+mapfile -t analysed < <(git ls-files 'provider/*.cpp' 'mapper/*.cpp' 'mapcheck/*.cpp' 'host/*.cpp' 'simulator/*.cpp')
 printf '%s\n' "${analysed[@]}" |
     xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p "$build" 2> >(grep -v 'warnings generated\|Suppressed\|Use -header-filter\|Use .*-system-headers' >&2) ||
     complain "clang-tidy found the above"

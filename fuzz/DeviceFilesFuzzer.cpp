@@ -5,8 +5,8 @@
 #include <string>
 
 #include "VintfManifest.h"
+#include "fuzz/support/MemoryFile.h"
 #include "fuzz/support/Require.h"
-#include "fuzz/support/Surroundings.h"
 #include "simulator/description/ProviderMap.h"
 
 using orvo::VintfManifest;

@@ -8,8 +8,8 @@
 
 #include <libxml/xmlerror.h>
 
+#include "fuzz/support/MemoryFile.h"
 #include "fuzz/support/Require.h"
-#include "fuzz/support/Surroundings.h"
 #include "mapper/ProviderMapper.h"
 
 namespace {
@@ -49,7 +49,6 @@ std::string toXml(const Map& map) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static MemoryFile file;
     [[maybe_unused]] static const bool quiet = [] {
-        orvo::fuzz::silenceLog();
         xmlSetGenericErrorFunc(nullptr, dropError);
         return true;
     }();

@@ -5,8 +5,8 @@
 #include <set>
 #include <string>
 
+#include "fuzz/support/MemoryFile.h"
 #include "fuzz/support/Require.h"
-#include "fuzz/support/Surroundings.h"
 #include "simulator/description/MetadataBuffer.h"
 #include "simulator/description/ProviderDescription.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The log of the checker's process: nowhere, so that the map reader's lines do not mix with ours.
+// The log of a process that reads maps by the thousand, or has lines of its own to print: nowhere.
 
 #include <android/log.h>
 

@@ -3,10 +3,7 @@
 
 #include "fuzz/support/Surroundings.h"
 
-#include <fcntl.h>
 #include <stdlib.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -19,21 +16,6 @@ namespace orvo::fuzz {
 
 void silenceLog() {
     __android_log_set_logger([](const __android_logger_data*, const char*) {});
-}
-
-MemoryFile::MemoryFile()
-    : mFd(memfd_create("fuzz-input", MFD_CLOEXEC)), mPath("/proc/self/fd/" + std::to_string(mFd)) {
-    require(mFd >= 0, "a file in memory can be made");
-}
-
-MemoryFile::~MemoryFile() {
-    close(mFd);
-}
-
-void MemoryFile::write(const void* data, size_t size) {
-    require(ftruncate(mFd, 0) == 0, "a file in memory can be emptied");
-    const ssize_t written = pwrite(mFd, data, size, 0);
-    require(written == static_cast<ssize_t>(size), "a file in memory can be written");
 }
 
 FreshDirectory::FreshDirectory()

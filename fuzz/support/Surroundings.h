@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What stands around the code that a fuzzer calls: a log that nobody reads, a file, a directory.
+// What stands around the code that a fuzzer calls: a log that nobody reads, a directory.
 
 #pragma once
 
@@ -12,24 +12,6 @@ namespace orvo::fuzz {
 
 /** From the first call on, every log line of the process is dropped. */
 void silenceLog();
-
-/** A file in memory for code that wants a path. One thread. */
-class MemoryFile {
-  public:
-    MemoryFile();
-    ~MemoryFile();
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    /** Replaces the content. */
-    void write(const void* data, size_t size);
-    /** Can be opened any number of times while this object lives. */
-    const std::string& path() const { return mPath; }
-
-  private:
-    const int mFd;
-    const std::string mPath;
-};
 
 /** A fresh directory, removed with everything in it at the end. */
 class FreshDirectory {

@@ -15,6 +15,7 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/packaging/BlueprintModules.h"
+#include "tests/packaging/SourceTexts.h"
 
 namespace orvo::test {
 namespace {
@@ -27,7 +28,7 @@ using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
 
 const fs::path kRoot = ORVO_SOURCE_DIR;
-const std::vector<std::string> kFiles = {"Android.bp", "device/Android.bp", "fuzz/Android.bp"};
+const std::vector<std::string> kFiles = {"Android.bp", "device/Android.bp", "fuzz/cc_fuzz.bp"};
 constexpr char kLibrary[] = "android.hardware.camera.provider@2.4-impl-orvo";
 
 // What is compiled on Linux and not on a device.
@@ -68,6 +69,40 @@ std::set<std::string> without(std::set<std::string> all, const std::set<std::str
     return all;
 }
 
+// The project's headers that a file includes itself.
+std::set<std::string> headersOf(const std::string& file) {
+    static const std::regex kInclude("#include \"([^\"]+)\"");
+    const std::string text = sourceText(file);
+    std::set<std::string> headers;
+    for (std::sregex_iterator it(text.begin(), text.end(), kInclude), end; it != end; ++it) {
+        headers.insert((*it)[1]);
+    }
+    return headers;
+}
+
+// The files, and all headers of the project that they include.
+std::set<std::string> withHeaders(std::set<std::string> files) {
+    std::vector<std::string> unread(files.begin(), files.end());
+    while (!unread.empty()) {
+        const std::string file = unread.back();
+        unread.pop_back();
+        for (const std::string& header : headersOf(file)) {
+            if (files.insert(header).second) unread.push_back(header);
+        }
+    }
+    return files;
+}
+
+// The source files that belong to the headers that these files include.
+std::set<std::string> sourcesOfHeadersOf(const std::set<std::string>& files) {
+    std::set<std::string> sources;
+    for (const fs::path header : withHeaders(files)) {
+        const fs::path source = fs::path(header).replace_extension(".cpp");
+        if (fs::exists(kRoot / source)) sources.insert(source);
+    }
+    return sources;
+}
+
 class BlueprintTest : public ::testing::Test {
   protected:
     BlueprintTest() : mReading(readBlueprints(kRoot, kFiles)), mModules(mReading.output) {}
@@ -79,6 +114,22 @@ class BlueprintTest : public ::testing::Test {
         std::set<std::string> sources;
         for (const std::string& file : mModules.files()) {
             if (fs::path(file).extension() == ".cpp") sources.insert(file);
+        }
+        return sources;
+    }
+
+    // The files that a module and its static libraries compile.
+    std::set<std::string> sourcesOf(const std::string& module) const {
+        const fs::path directory =
+                fs::path(mModules.module(module)["file"].get<std::string>()).parent_path();
+        std::set<std::string> sources;
+        for (const std::string& source : mModules.list(module, "srcs")) {
+            sources.insert((directory / source).lexically_normal());
+        }
+        for (const char* property : {"static_libs", "whole_static_libs"}) {
+            for (const std::string& library : mModules.list(module, property)) {
+                if (library.rfind("orvo", 0) == 0) sources.merge(sourcesOf(library));
+            }
         }
         return sources;
     }
@@ -117,6 +168,34 @@ TEST_F(BlueprintTest, WhatTheTestsAndTheFuzzTargetShareIsCompiledOnLinuxToo) {
     EXPECT_THAT(without(compiled(), compiledOnLinux()), IsEmpty());
 }
 
+TEST_F(BlueprintTest, EveryProgramIsLinkedWithTheSourcesOfTheHeadersThatItIncludes) {
+    for (const char* type : {"cc_library_shared", "cc_binary", "cc_test", "cc_fuzz"}) {
+        for (const std::string& module : mModules.namesOfType(type)) {
+            const std::set<std::string> linked = sourcesOf(module);
+            EXPECT_THAT(linked, ::testing::Not(IsEmpty())) << module;
+            EXPECT_THAT(without(sourcesOfHeadersOf(linked), linked), IsEmpty())
+                    << "add these to " << module;
+        }
+    }
+}
+
+TEST_F(BlueprintTest, WhatIsOlderThanTheNamesThatWeUseIsNotNeeded) {
+    // Each is younger than level 29, or of another C library.
+    static const std::regex kYounger(
+            "std::filesystem|<filesystem>|<charconv>|__android_log_set_|[^_]memfd_create|"
+            "[^\\\\]\\n\\s*\\[\\[clang::|\\bMOCK_METHOD\\(|GTEST_FLAG_SET|TempDir\\(");
+    static const std::regex kRenamed("INSTANTIATE_TEST_SUITE_P|TYPED_TEST_SUITE|GTEST_SKIP");
+    constexpr char kOlderNames[] = "tests/support/OlderGoogleTest.h";
+    for (const std::string& source : withHeaders(compiled())) {
+        const std::string text = sourceText(source);
+        std::smatch match;
+        EXPECT_FALSE(std::regex_search(text, match, kYounger)) << source << ": " << match.str();
+        if (source != kOlderNames && std::regex_search(text, kRenamed)) {
+            EXPECT_THAT(headersOf(source), Contains(kOlderNames)) << "included by " << source;
+        }
+    }
+}
+
 TEST_F(BlueprintTest, TheTestsReplaceTheFunctionsThatTheyReplaceOnLinux) {
     static const std::regex kWrap("--wrap=([a-zA-Z_]+)");
     const auto wraps = [](const std::string& text) {
@@ -141,6 +220,17 @@ TEST_F(BlueprintTest, TheTestsReplaceTheFunctionsThatTheyReplaceOnLinux) {
     }
     EXPECT_THAT(wraps(linux), Contains("dlopen"));
     EXPECT_EQ(wraps(device), wraps(linux));
+}
+
+TEST_F(BlueprintTest, FilesThatEveryTreeFindsHoldWhatEveryTreeKnows) {
+    // The reader here is of a later year than level 29, and would accept more.
+    static const std::set<std::string> kTypes = {
+            "cc_binary", "cc_defaults", "cc_library_shared", "cc_library_static",
+            "cc_test",   "genrule",     "prebuilt_etc"};
+    for (const json& module : json::parse(mReading.output)) {
+        if (fs::path(module["file"].get<std::string>()).filename() != "Android.bp") continue;
+        EXPECT_THAT(kTypes, Contains(module["type"].get<std::string>())) << module["file"];
+    }
 }
 
 TEST_F(BlueprintTest, TheLibraryIsInstalledWhereTheLoaderLooks) {
@@ -197,7 +287,7 @@ TEST_F(BlueprintTest, TheProductsMapIsCheckedBeforeItIsInstalled) {
     EXPECT_EQ(mModules.module(rule)["type"], "genrule");
     EXPECT_THAT(mModules.list(rule, "tools"), Contains("orvo-mapcheck"));
     EXPECT_THAT(mModules.property(rule, "cmd").get<std::string>(),
-                HasSubstr("$(location orvo-mapcheck) $(location orvo_vendor_manifest.xml)"));
+                HasSubstr("$(location orvo-mapcheck) $(in) --manifest "));
     EXPECT_EQ(mModules.property("orvo-mapcheck", "host_supported"), true);
     EXPECT_EQ(mModules.property(kMap, "filename"), kMap);
     EXPECT_THAT(mModules.list(kLibrary, "required"), Contains(kMap));

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Connecting one underlying provider: service, death link, shim, and every way to fail.
 
+#include <functional>
+
 #include "tests/support/Fault.h"
+#include "tests/support/OlderGoogleTest.h"
 #include "tests/support/ProviderTest.h"
 
 namespace orvo::test {
@@ -179,6 +182,62 @@ TEST_F(ConnectionTest, AfterAFailedShimTheServiceIsUnlinkedBeforeItIsDropped) {
     EXPECT_FALSE(connect());
     EXPECT_THAT(calls, ElementsAre("linkToDeath", "unlinkToDeath"));
     EXPECT_EQ(mDescriptor->mProvider, nullptr);
+}
+
+// What a connection that fails looks like at the moment when its error is logged.
+class FailureLineTest : public ConnectionTest {
+  protected:
+    void expectAtTheLine(const std::string& text, const std::function<void()>& check) {
+        mLog.onLine = [this, text, check](const LogLine& line) {
+            EXPECT_EQ(line, errorLine(text));
+            ++mChecks;
+            check();
+        };
+    }
+
+    int mChecks = 0;
+};
+
+TEST_F(FailureLineTest, AServiceThatCannotBeHadHasReplacedTheEarlierOne) {
+    ASSERT_TRUE(connect());
+    mProxy->stop(kName);
+    expectAtTheLine("Failed to get service external/0",
+                    [this] { EXPECT_EQ(mDescriptor->mProvider, nullptr); });
+    EXPECT_FALSE(connect());
+    EXPECT_EQ(mChecks, 1);
+}
+
+TEST_F(FailureLineTest, AServiceThatCannotBeLinkedIsStillThere) {
+    mService->linkRefused = true;
+    expectAtTheLine("Could not link to death for external/0",
+                    [this] { EXPECT_EQ(mDescriptor->mProvider, mService); });
+    EXPECT_FALSE(connect());
+    EXPECT_EQ(mChecks, 1);
+}
+
+TEST_F(FailureLineTest, AShimThatCannotBeMadeHasReplacedTheEarlierOneAndTheLinkIsStillThere) {
+    ASSERT_TRUE(connect());
+    const sp<ScriptedProvider> earlier = mShims.shim(kName);
+    mShims.refuse(kName);
+    expectAtTheLine("Failed to create QuillCameraProviderShim for external/0", [this] {
+        EXPECT_EQ(mDescriptor->mShim.promote(), nullptr);
+        EXPECT_EQ(mDescriptor->mProvider, mService);
+        EXPECT_EQ(mService->unlinkCalls(), 0);
+    });
+    EXPECT_FALSE(connect());
+    EXPECT_EQ(mChecks, 1);
+}
+
+TEST_F(ConnectionTest, AnEarlierShimStaysUntilTheNextOneIsMade) {
+    ASSERT_TRUE(connect());
+    const sp<ScriptedProvider> earlier = mShims.shim(kName);
+    const sp<ScriptedProvider> next = new ScriptedProvider;
+    mShims.makeWith(kName, [&] {
+        EXPECT_EQ(mDescriptor->mShim.promote(), earlier);
+        return next.get();
+    });
+    EXPECT_TRUE(connect());
+    EXPECT_EQ(mDescriptor->mShim.promote(), next);
 }
 
 TEST_F(ConnectionTest, AShimThatCannotBeMadeReplacesAnEarlierOneByNull) {

@@ -4,6 +4,7 @@
 #include <signal.h>
 
 #include "tests/support/Fault.h"
+#include "tests/support/OlderGoogleTest.h"
 #include "tests/support/ProviderTest.h"
 #include "tests/support/UncalledDevices.h"
 
@@ -87,7 +88,14 @@ TEST_F(CameraIdListTest, TheLastFailureInSetOrderIsAnswered) {
     script("b/0").status = Status::INTERNAL_ERROR;
     list();
     EXPECT_EQ(mStatus, Status::INTERNAL_ERROR);
-    EXPECT_THAT(mLog.lines(), ElementsAre(mFailure, mFailure));
+    EXPECT_THAT(mLog.take(), ElementsAre(mFailure, mFailure));
+
+    // The order counts, and not the numbers of the statuses.
+    script("a/0").status = Status::INTERNAL_ERROR;
+    script("b/0").status = Status::CAMERA_DISCONNECTED;
+    list();
+    EXPECT_EQ(mStatus, Status::CAMERA_DISCONNECTED);
+    EXPECT_THAT(mLog.take(), ElementsAre(mFailure, mFailure));
 }
 
 TEST_F(CameraIdListTest, AProviderThatDoesNotAnswerAddsNothing) {
@@ -108,6 +116,14 @@ TEST_F(CameraIdListTest, TheShimIsAskedAndNotTheService) {
         const auto* service = static_cast<ScriptedProvider*>(descriptor(name)->mProvider.get());
         EXPECT_EQ(service->cameraIds.calls, 0);
     }
+}
+
+TEST_F(CameraIdListTest, AShimIsAskedEvenIfTheServiceBehindItIsGone) {
+    script("a/0").value = {"x"};
+    descriptor("a/0")->mProvider = nullptr;
+    list();
+    EXPECT_THAT(mNames, ElementsAre("x"));
+    EXPECT_THAT(mLog.lines(), IsEmpty());
 }
 
 TEST_F(CameraIdListTest, AProviderWithoutAShimIsSkippedWithAWarning) {

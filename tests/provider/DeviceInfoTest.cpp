@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/CapturedLog.h"
+#include "tests/support/OlderGoogleTest.h"
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 

@@ -5,6 +5,8 @@
 #include <stdio.h>
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 #include <future>
 
 #include <android/log.h>
@@ -12,6 +14,7 @@
 #include "tests/provider/FakePlatform.h"
 #include "tests/support/Fault.h"
 #include "tests/support/Gate.h"
+#include "tests/support/OlderGoogleTest.h"
 #include "tests/support/ProviderTest.h"
 
 namespace orvo::test {
@@ -125,6 +128,18 @@ TEST_F(EntryPointTest, TheCallerHasOneStrongReferenceAndReleasingItDestroysTheOb
     const wp<ICameraProvider> object = provider;
     provider->decStrong(nullptr);
     EXPECT_EQ(object.promote(), nullptr);
+}
+
+TEST_F(EntryPointTest, TheCallersReferenceIsTakenBeforeTheObjectIsLogged) {
+    void* address = nullptr;
+    int references = 0;
+    mLog.onLine = [&](const LogLine& line) {
+        if (sscanf(line.text.c_str(), "Returning implementation %p", &address) != 1) return;
+        references = static_cast<ICameraProvider*>(address)->getStrongCount();
+    };
+    const sp<ICameraProvider> provider = adopt(HIDL_FETCH_ICameraProvider("legacy/0"));
+    EXPECT_EQ(address, provider.get());
+    EXPECT_EQ(references, 2) << "the entry point's own, and the caller's";
 }
 
 TEST_F(EntryPointTest, TheObjectIsTheAggregatingProviderOfThatName) {
@@ -265,6 +280,43 @@ class MRProviderTest : public EntryPointTest {
         EntryPointTest::TearDown();
     }
 
+    // Two calls fail in the loader. The first one is inside `step`, with the lock, when the second
+    // one comes, and logs `failure` before it lets that one have it, and the rest afterwards.
+    void expectLocked(std::function<void()> FakePlatform::*step, const LogLine& failure) {
+        Gate inside;
+        std::promise<void> entered;
+        std::atomic<int> steps = 0;
+        mPlatform.*step = [&] {
+            if (++steps == 1) {
+                inside.pass();
+            } else {
+                entered.set_value();
+            }
+        };
+        const std::future<void> second = entered.get_future();
+        mLog.onLine = [&](const LogLine& line) {
+            if (line == failure && steps == 1) {
+                EXPECT_EQ(second.wait_for(std::chrono::milliseconds(100)),
+                          std::future_status::timeout);
+            } else if (line == mFailed) {
+                EXPECT_EQ(second.wait_for(kPatience), std::future_status::ready);
+            }
+        };
+
+        const auto call = [] { return HIDL_FETCH_ICameraProvider("default/0"); };
+        auto firstCall = std::async(std::launch::async, call);
+        ASSERT_TRUE(inside.waitForArrivals(1));
+        EXPECT_THAT(mLog.take(), ElementsAre(calledLine("default/0"), mCreating));
+        auto secondCall = std::async(std::launch::async, call);
+        EXPECT_TRUE(mLog.waitFor(mCreating)) << "it needs no lock for that";
+        inside.open();
+        EXPECT_EQ(firstCall.get(), nullptr);
+        EXPECT_EQ(secondCall.get(), nullptr);
+        EXPECT_THAT(mLog.take(),
+                    ::testing::UnorderedElementsAre(calledLine("default/0"), mCreating, failure,
+                                                    mFailed, failure, mFailed));
+    }
+
     const LogLine mCreating = infoLine("Creating MR provider");
     const LogLine mFailed = errorLine("Could not create MR provider");
     const LogLine mNotOpened = errorLine(
@@ -329,6 +381,16 @@ TEST_F(MRProviderTest, ALibraryWithoutTheEntryStaysOpen) {
                     ElementsAre(calledLine("default/0"), mCreating, mNoEntry, mFailed));
     }
     EXPECT_EQ(mPlatform.opens, 1);
+}
+
+TEST_F(MRProviderTest, ThatTheLibraryCannotBeOpenedIsLoggedUnderTheLock) {
+    mPlatform.libraryOpens = false;
+    expectLocked(&FakePlatform::onOpen, mNotOpened);
+}
+
+TEST_F(MRProviderTest, ThatTheLibraryLacksTheEntryIsLoggedUnderTheLock) {
+    mPlatform.libraryHasEntry = false;
+    expectLocked(&FakePlatform::onLookUp, mNoEntry);
 }
 
 TEST_F(MRProviderTest, AnEntryThatReturnsNullGivesNull) {

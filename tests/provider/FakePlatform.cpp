@@ -113,6 +113,17 @@ FakePlatform::ICameraProvider* callMREntry(const char* name) {
     return platform.mrEntry ? platform.mrEntry(name) : nullptr;
 }
 
+// Not inlined, so that its caller has no locals.
+__attribute__((noinline)) void* lookUpInMRLibrary(const char* symbol) {
+    FakePlatform& platform = FakePlatform::current();
+    if (platform.onLookUp) platform.onLookUp();
+    const std::lock_guard<std::mutex> lock(platform.mutex);
+    ++platform.symbolLookups;
+    platform.symbol = symbol;
+    if (!platform.libraryHasEntry) return nullptr;
+    return reinterpret_cast<void*>(callMREntry);
+}
+
 // What dlopen hands out for the MR library.
 char gLibraryHandle;
 bool gLibraryWasOpened = false;  // Guarded by the platform's mutex while tests run.
@@ -173,6 +184,14 @@ sp<::android::hidl::base::V1_0::IBase> getRawServiceInternal(const std::string& 
 }  // namespace details
 }  // namespace android::hardware
 
+// A compiler that is older than the attribute has a warning for it.
+#if defined(__clang__) && __has_cpp_attribute(clang::disable_sanitizer_instrumentation)
+#define ORVO_UNINSTRUMENTED \
+    [[clang::disable_sanitizer_instrumentation, clang::no_sanitize("address", "undefined")]]
+#else
+#define ORVO_UNINSTRUMENTED
+#endif
+
 // The linker sends the calls of the program's own objects here.
 extern "C" {
 
@@ -194,16 +213,11 @@ void* __wrap_dlopen(const char* path, int mode) {
     return &orvo::test::gLibraryHandle;
 }
 
-// A sanitizer's runtime calls it, too, before anything that was instrumented may run.
-[[clang::disable_sanitizer_instrumentation]] void* __wrap_dlsym(void* library, const char* symbol) {
-    using orvo::test::FakePlatform;
+// A sanitizer's runtime calls it, too, before anything that was instrumented may run; what has no
+// locals of its own is not.
+ORVO_UNINSTRUMENTED void* __wrap_dlsym(void* library, const char* symbol) {
     if (library != &orvo::test::gLibraryHandle) return __real_dlsym(library, symbol);
-    FakePlatform& platform = FakePlatform::current();
-    const std::lock_guard<std::mutex> lock(platform.mutex);
-    ++platform.symbolLookups;
-    platform.symbol = symbol;
-    if (!platform.libraryHasEntry) return nullptr;
-    return reinterpret_cast<void*>(orvo::test::callMREntry);
+    return orvo::test::lookUpInMRLibrary(symbol);
 }
 
 char* __wrap_dlerror() {

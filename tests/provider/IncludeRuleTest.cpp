@@ -63,7 +63,10 @@ std::vector<Include> includes() {
 
 bool isCxxLibrary(const std::string& name) {
     static const std::regex kPlain("[a-z_]+");
-    return std::regex_match(name, kPlain);
+    // Of C++17, but not yet part of the device's C++ library.
+    static const std::set<std::string> kMissing = {"charconv", "execution", "filesystem",
+                                                   "memory_resource"};
+    return std::regex_match(name, kPlain) && kMissing.count(name) == 0;
 }
 
 bool isPosix(const std::string& name) {

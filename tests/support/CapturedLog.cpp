@@ -22,6 +22,7 @@ constexpr size_t kLongestText = 1024;  // Where the log library cuts a text, its
 std::mutex gCurrentMutex;
 CapturedLog* gCurrent = nullptr;  // Guarded by gCurrentMutex.
 std::atomic<bool> gMirrored = false;
+std::atomic<void (*)(const char* text)> gOnUnkept = nullptr;
 
 // False when nobody captures.
 bool capture(const LogLine& line) {
@@ -88,6 +89,14 @@ size_t CapturedLog::countLocked(const LogLine& line) const {
     return static_cast<size_t>(std::count(mLines.begin(), mLines.end(), line));
 }
 
+UnkeptLog::UnkeptLog(void (*onText)(const char* text)) {
+    gOnUnkept = onText;
+}
+
+UnkeptLog::~UnkeptLog() {
+    gOnUnkept = nullptr;
+}
+
 MirroredLog::MirroredLog() {
     gMirrored = true;
 }
@@ -110,6 +119,10 @@ extern "C" int __android_log_print(int priority, const char* tag, const char* fo
     vsnprintf(text, sizeof(text), format, arguments);
     va_end(arguments);
 
+    if (const auto onUnkept = orvo::test::gOnUnkept.load()) {
+        onUnkept(text);
+        return 1;
+    }
     const orvo::test::LogLine line = {priority, tag == nullptr ? "" : tag, text};
     if (orvo::test::gMirrored) {
         fputs(orvo::test::MirroredLog::text({line}).c_str(), stderr);

@@ -59,6 +59,19 @@ class CapturedLog {
 };
 
 /**
+ * Hands the text of every line that the process logs to a function while it exists, and keeps
+ * nothing: for tests that run out of memory. At most one exists at a time, and no CapturedLog.
+ */
+class UnkeptLog {
+  public:
+    /** `onText` runs on the thread that logs. */
+    explicit UnkeptLog(void (*onText)(const char* text));
+    ~UnkeptLog();
+    UnkeptLog(const UnkeptLog&) = delete;
+    UnkeptLog& operator=(const UnkeptLog&) = delete;
+};
+
+/**
  * For the process of a death test: writes every log line to standard error as text() renders it,
  * where the parent can compare it.
  */

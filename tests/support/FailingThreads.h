@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Lets a test run out of threads.
+// Lets a test run out of threads, and see what ended ones did.
 #pragma once
 
 namespace orvo::test {
@@ -15,5 +15,11 @@ class FailingThreads {
     FailingThreads(const FailingThreads&) = delete;
     FailingThreads& operator=(const FailingThreads&) = delete;
 };
+
+/**
+ * Orders everything that threads did before they ended, as far as they have, before what the caller
+ * does next. A detached thread gives no other sign that does.
+ */
+void seeWhatEndedThreadsDid();
 
 }  // namespace orvo::test

@@ -3,6 +3,7 @@
 
 #include "tests/support/FakeSleep.h"
 
+#include <errno.h>
 #include <stdlib.h>
 #include <time.h>
 
@@ -40,11 +41,15 @@ void FakeSleep::add(std::chrono::nanoseconds duration) {
 
 }  // namespace orvo::test
 
-// The linker sends the calls of the program's own objects here.
-extern "C" int __real_nanosleep(const timespec* duration, timespec* remaining);
-extern "C" int __wrap_nanosleep(const timespec* duration, timespec* remaining) {
+// The program's own definition comes before the C library's, also for sleeps of the C++ library,
+// which is a library of its own on a device.
+extern "C" int nanosleep(const timespec* duration, timespec* remaining) {
     orvo::test::FakeSleep* const clock = orvo::test::gCurrent;
-    if (clock == nullptr) return __real_nanosleep(duration, remaining);
+    if (clock == nullptr) {
+        const int failure = clock_nanosleep(CLOCK_REALTIME, 0, duration, remaining);
+        if (failure != 0) errno = failure;
+        return failure == 0 ? 0 : -1;
+    }
     clock->add(std::chrono::seconds(duration->tv_sec) +
                std::chrono::nanoseconds(duration->tv_nsec));
     return 0;

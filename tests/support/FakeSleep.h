@@ -10,8 +10,8 @@
 namespace orvo::test {
 
 /**
- * Serves nanosleep, and with it std::this_thread::sleep_for, of the program's own objects while it
- * exists; at most one does at a time. Any thread.
+ * Serves nanosleep, and with it std::this_thread::sleep_for, of the whole process while it exists;
+ * at most one does at a time. Any thread.
  */
 class FakeSleep {
   public:

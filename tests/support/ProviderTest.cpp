@@ -43,7 +43,7 @@ ProviderTest::ProviderTest()
     : mProxy(std::make_shared<FakeServiceInteractionProxy>()),
       mMapper(std::make_shared<FakeProviderMapper>()),
       mFramework(new RecordingCallback) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    ::testing::FLAGS_gtest_death_test_style = "threadsafe";
 }
 
 void ProviderTest::TearDown() {

@@ -22,48 +22,47 @@ using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
 using android::hardware::Return;
 
+// By GoogleMock's numbered macros, which a device tree has, too.
 class MockDeviceV1 : public v1::ICameraDevice, public CountedInstance {
   public:
-    MOCK_METHOD(Return<void>, getResourceCost, (getResourceCost_cb), (override));
-    MOCK_METHOD(Return<void>, getCameraInfo, (getCameraInfo_cb), (override));
-    MOCK_METHOD(Return<common::Status>, setTorchMode, (common::TorchMode), (override));
-    MOCK_METHOD(Return<common::Status>, dumpState, (const hidl_handle&), (override));
-    MOCK_METHOD(Return<common::Status>, open, (const sp<v1::ICameraDeviceCallback>&), (override));
-    MOCK_METHOD(Return<common::Status>, setPreviewWindow,
-                (const sp<v1::ICameraDevicePreviewCallback>&), (override));
-    MOCK_METHOD(Return<void>, enableMsgType, (hidl_bitfield<v1::FrameCallbackFlag>), (override));
-    MOCK_METHOD(Return<void>, disableMsgType, (hidl_bitfield<v1::FrameCallbackFlag>), (override));
-    MOCK_METHOD(Return<bool>, msgTypeEnabled, (hidl_bitfield<v1::FrameCallbackFlag>), (override));
-    MOCK_METHOD(Return<common::Status>, startPreview, (), (override));
-    MOCK_METHOD(Return<void>, stopPreview, (), (override));
-    MOCK_METHOD(Return<bool>, previewEnabled, (), (override));
-    MOCK_METHOD(Return<common::Status>, storeMetaDataInBuffers, (bool), (override));
-    MOCK_METHOD(Return<common::Status>, startRecording, (), (override));
-    MOCK_METHOD(Return<void>, stopRecording, (), (override));
-    MOCK_METHOD(Return<bool>, recordingEnabled, (), (override));
-    MOCK_METHOD(Return<void>, releaseRecordingFrame, (uint32_t, uint32_t), (override));
-    MOCK_METHOD(Return<void>, releaseRecordingFrameHandle, (uint32_t, uint32_t, const hidl_handle&),
-                (override));
-    MOCK_METHOD(Return<void>, releaseRecordingFrameHandleBatch,
-                (const hidl_vec<v1::VideoFrameMessage>&), (override));
-    MOCK_METHOD(Return<common::Status>, autoFocus, (), (override));
-    MOCK_METHOD(Return<common::Status>, cancelAutoFocus, (), (override));
-    MOCK_METHOD(Return<common::Status>, takePicture, (), (override));
-    MOCK_METHOD(Return<common::Status>, cancelPicture, (), (override));
-    MOCK_METHOD(Return<common::Status>, setParameters, (const hidl_string&), (override));
-    MOCK_METHOD(Return<void>, getParameters, (getParameters_cb), (override));
-    MOCK_METHOD(Return<common::Status>, sendCommand, (v1::CommandType, int32_t, int32_t),
-                (override));
-    MOCK_METHOD(Return<void>, close, (), (override));
+    MOCK_METHOD1(getResourceCost, Return<void>(getResourceCost_cb));
+    MOCK_METHOD1(getCameraInfo, Return<void>(getCameraInfo_cb));
+    MOCK_METHOD1(setTorchMode, Return<common::Status>(common::TorchMode));
+    MOCK_METHOD1(dumpState, Return<common::Status>(const hidl_handle&));
+    MOCK_METHOD1(open, Return<common::Status>(const sp<v1::ICameraDeviceCallback>&));
+    MOCK_METHOD1(setPreviewWindow,
+                 Return<common::Status>(const sp<v1::ICameraDevicePreviewCallback>&));
+    MOCK_METHOD1(enableMsgType, Return<void>(hidl_bitfield<v1::FrameCallbackFlag>));
+    MOCK_METHOD1(disableMsgType, Return<void>(hidl_bitfield<v1::FrameCallbackFlag>));
+    MOCK_METHOD1(msgTypeEnabled, Return<bool>(hidl_bitfield<v1::FrameCallbackFlag>));
+    MOCK_METHOD0(startPreview, Return<common::Status>());
+    MOCK_METHOD0(stopPreview, Return<void>());
+    MOCK_METHOD0(previewEnabled, Return<bool>());
+    MOCK_METHOD1(storeMetaDataInBuffers, Return<common::Status>(bool));
+    MOCK_METHOD0(startRecording, Return<common::Status>());
+    MOCK_METHOD0(stopRecording, Return<void>());
+    MOCK_METHOD0(recordingEnabled, Return<bool>());
+    MOCK_METHOD2(releaseRecordingFrame, Return<void>(uint32_t, uint32_t));
+    MOCK_METHOD3(releaseRecordingFrameHandle, Return<void>(uint32_t, uint32_t, const hidl_handle&));
+    MOCK_METHOD1(releaseRecordingFrameHandleBatch,
+                 Return<void>(const hidl_vec<v1::VideoFrameMessage>&));
+    MOCK_METHOD0(autoFocus, Return<common::Status>());
+    MOCK_METHOD0(cancelAutoFocus, Return<common::Status>());
+    MOCK_METHOD0(takePicture, Return<common::Status>());
+    MOCK_METHOD0(cancelPicture, Return<common::Status>());
+    MOCK_METHOD1(setParameters, Return<common::Status>(const hidl_string&));
+    MOCK_METHOD1(getParameters, Return<void>(getParameters_cb));
+    MOCK_METHOD3(sendCommand, Return<common::Status>(v1::CommandType, int32_t, int32_t));
+    MOCK_METHOD0(close, Return<void>());
 };
 
 class MockDeviceV3 : public v3::ICameraDevice, public CountedInstance {
   public:
-    MOCK_METHOD(Return<void>, getResourceCost, (getResourceCost_cb), (override));
-    MOCK_METHOD(Return<void>, getCameraCharacteristics, (getCameraCharacteristics_cb), (override));
-    MOCK_METHOD(Return<common::Status>, setTorchMode, (common::TorchMode), (override));
-    MOCK_METHOD(Return<void>, open, (const sp<v3::ICameraDeviceCallback>&, open_cb), (override));
-    MOCK_METHOD(Return<void>, dumpState, (const hidl_handle&), (override));
+    MOCK_METHOD1(getResourceCost, Return<void>(getResourceCost_cb));
+    MOCK_METHOD1(getCameraCharacteristics, Return<void>(getCameraCharacteristics_cb));
+    MOCK_METHOD1(setTorchMode, Return<common::Status>(common::TorchMode));
+    MOCK_METHOD2(open, Return<void>(const sp<v3::ICameraDeviceCallback>&, open_cb));
+    MOCK_METHOD1(dumpState, Return<void>(const hidl_handle&));
 };
 
 }  // namespace uncalled

@@ -1,44 +1,43 @@
 // SPDX-License-Identifier: Apache-2.0
-// Duplicates, providers that go together, undeclared instances and cameras with one name.
+// Duplicates, providers that go together or wait for one another, and undeclared instances.
 
 #include "mapcheck/EntryChecks.h"
 
 #include <unordered_map>
 
+#include "mapcheck/CameraChecks.h"
 #include "mapcheck/NameChecks.h"
-#include "provider/naming/DeviceInfo.h"
 
 namespace orvo::mapcheck {
 namespace {
 
-namespace naming = ::android::hardware::camera::provider::V2_4::implementation;
-
-/** One camera of a provider. */
-struct Camera {
-    const MapEntry* entry;
-    std::string name;  // As its provider reports it.
-};
+constexpr char kServedHere[] = "value-is-served-here";
 
 /** What stands behind one key so far. */
 struct Instance {
     std::unordered_map<std::string, const MapEntry*> byValue;  // Key: the provider.
     std::unordered_map<std::string, const MapEntry*> byType;   // Key: the type of the provider.
-    std::unordered_map<std::string, Camera> byFrameworkName;   // Key: the camera's name outside.
 };
 
 class Checker {
   public:
-    Checker(const Surroundings& surroundings, Findings* findings)
-        : mSurroundings(surroundings), mFindings(findings) {}
+    Checker(const std::vector<MapEntry>& entries, const Surroundings& surroundings,
+            Findings* findings)
+        : mSurroundings(surroundings), mFindings(findings), mCameras(findings) {
+        for (const MapEntry& entry : entries) {
+            if (isAskedFor(entry.key)) mServed.try_emplace(entry.key, &entry);
+        }
+    }
 
     void check(const MapEntry& entry) {
         Instance& instance = mInstances[entry.key];
         // What is wrong with the names of a repeated entry was said about the first one.
         if (!addValue(entry, &instance)) return;
         if (checkKey(entry, mFindings)) checkDeclared(entry, entry.key, "key");
-        if (!checkValue(entry, mFindings)) return;
+        const bool isGood = checkValue(entry, mFindings);
+        if (!checkServedElsewhere(entry) || !isGood) return;
         checkDeclared(entry, entry.value, "value");
-        addCameras(entry, &instance);
+        addCameras(entry);
     }
 
   private:
@@ -68,8 +67,13 @@ class Checker {
         mFindings->note(first->second->line, "the first provider of this type");
     }
 
+    // Without a manifest everything is.
+    bool isDeclared(const std::string& name) const {
+        return mSurroundings.manifest == nullptr || mSurroundings.manifest->declares(name);
+    }
+
     void checkDeclared(const MapEntry& entry, const std::string& name, const std::string& what) {
-        if (mSurroundings.manifest == nullptr || mSurroundings.manifest->declares(name)) return;
+        if (isDeclared(name)) return;
         const char* const consequence =
                 what == "key" ? "nobody can get a service of that name" : "it is never connected";
         mFindings->error(entry.line, ("undeclared-" + what).c_str(),
@@ -77,35 +81,50 @@ class Checker {
                                  consequence + "; declare it or correct the name");
     }
 
-    void addCameras(const MapEntry& entry, Instance* instance) {
+    // False for a provider that the library itself serves. The start of one instance waits for the
+    // providers behind it, and a service starts its instances one after the other.
+    bool checkServedElsewhere(const MapEntry& entry) {
+        // What is not declared is not waited for, and a provider behind itself was found already.
+        if (!isDeclared(entry.value) || !isAskedFor(entry.key) || entry.value == entry.key) {
+            return true;
+        }
+        const std::string wait = ": a service that is started for " + quoted(entry.key) +
+                                 " waits until " + quoted(entry.value) +
+                                 " is registered, for ever if it is to register that later itself";
+        if (isMRInstance(entry.value)) {
+            mFindings->error(entry.line, kServedHere,
+                             "the value " + quoted(entry.value) + " is the MR provider, which " +
+                                     "this library serves, too" + wait + "; remove the entry");
+            return false;
+        }
+        const auto served = mServed.find(entry.value);
+        if (served == mServed.end()) return true;
+        mFindings->error(entry.line, kServedHere,
+                         "the value " + quoted(entry.value) + " is a key of this map" + wait +
+                                 " or if " + quoted(entry.value) + " waits for it; name the " +
+                                 "providers behind " + quoted(entry.value));
+        mFindings->note(served->second->line, "the first entry of that key");
+        return false;
+    }
+
+    void addCameras(const MapEntry& entry) {
         const auto found = mSurroundings.devices.find(entry.value);
         if (found == mSurroundings.devices.end() || !isAskedFor(entry.key)) return;
-        for (const std::string& name : found->second) {
-            naming::DeviceInfo info;
-            naming::parseDeviceString(name, info);
-            const std::string frameworkName =
-                    info.prefix + "@" + info.version + "/" + typeOf(entry.key) + "/" + info.id;
-            const auto [first, isNew] =
-                    instance->byFrameworkName.try_emplace(frameworkName, Camera{&entry, name});
-            if (isNew || first->second.entry == &entry) continue;
-            mFindings->error(entry.line, "device-collision",
-                             first->second.name + " and " + name + " are both " + frameworkName +
-                                     " to the framework: only the one that is reported last can " +
-                                     "be opened; give one of them another id");
-            mFindings->note(first->second.entry->line, "the provider of " + first->second.name);
-        }
+        mCameras.add(entry, found->second);
     }
 
     const Surroundings& mSurroundings;
     Findings* const mFindings;
-    std::unordered_map<std::string, Instance> mInstances;  // Key: the key of its entries.
+    CameraChecks mCameras;
+    std::unordered_map<std::string, Instance> mInstances;      // Key: the key of its entries.
+    std::unordered_map<std::string, const MapEntry*> mServed;  // Key: that of its first entry.
 };
 
 }  // namespace
 
 void checkEntries(const std::vector<MapEntry>& entries, const Surroundings& surroundings,
                   Findings* findings) {
-    Checker checker(surroundings, findings);
+    Checker checker(entries, surroundings, findings);
     for (const MapEntry& entry : entries) checker.check(entry);
 }
 

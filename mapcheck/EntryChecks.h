@@ -19,7 +19,7 @@ struct Surroundings {
     std::map<std::string, std::vector<std::string>> devices;
 };
 
-/** Checks all entries, each against those before it, in a time linear in their number. */
+/** Checks all entries, each against the others, in a time linear in their number. */
 void checkEntries(const std::vector<MapEntry>& entries, const Surroundings& surroundings,
                   Findings* findings);
 

@@ -3,11 +3,36 @@
 
 #include "mapcheck/Finding.h"
 
-#include <stdio.h>
-
 #include <algorithm>
 
+#include "mapcheck/Utf8.h"
+
 namespace orvo::mapcheck {
+namespace {
+
+// The character as in a C string.
+std::string inC(uint32_t character) {
+    switch (character) {
+        case '\n':
+            return "\\n";
+        case '\r':
+            return "\\r";
+        case '\t':
+            return "\\t";
+        case '"':
+            return "\\\"";
+        case '\\':
+            return "\\\\";
+        default:
+            break;
+    }
+    if (character < 0x20 || character == 0x7F) return "\\x" + hexadecimal(character, 2);
+    if (character < 0x80) return {static_cast<char>(character)};
+    if (character <= 0xFFFF) return "\\u" + hexadecimal(character, 4);
+    return "\\U" + hexadecimal(character, 8);
+}
+
+}  // namespace
 
 std::vector<Finding> Findings::byLine() const {
     std::vector<Finding> sorted = mList;
@@ -17,30 +42,19 @@ std::vector<Finding> Findings::byLine() const {
     return sorted;
 }
 
-std::string quoted(const std::string& name) {
-    std::string text = "\"";
-    for (const char c : name) {
-        switch (c) {
-            case '\n':
-                text += "\\n";
-                break;
-            case '\r':
-                text += "\\r";
-                break;
-            case '\t':
-                text += "\\t";
-                break;
-            case '"':
-                text += "\\\"";
-                break;
-            case '\\':
-                text += "\\\\";
-                break;
-            default:
-                text += c;
-        }
+std::string escaped(const std::string& name) {
+    std::string text;
+    for (size_t at = 0; at < name.size();) {
+        const Utf8Character character = characterAt(name, at);
+        const auto byte = static_cast<unsigned char>(name[at]);
+        text += character.size == 0 ? "\\x" + hexadecimal(byte, 2) : inC(character.value);
+        at += std::max<size_t>(character.size, 1);
     }
-    return text + "\"";
+    return text;
+}
+
+std::string quoted(const std::string& name) {
+    return "\"" + escaped(name) + "\"";
 }
 
 }  // namespace orvo::mapcheck

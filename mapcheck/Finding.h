@@ -56,7 +56,13 @@ class Findings {
     std::vector<Finding> mList;
 };
 
-/** The name in quotes and on one line: line breaks and the like as in a C string. */
+/**
+ * The name on one line and in ASCII: line breaks, whatever looks like nothing or like another
+ * character, and bytes that are not UTF-8 as in a C string.
+ */
+std::string escaped(const std::string& name);
+
+/** The same in quotes. */
 std::string quoted(const std::string& name);
 
 }  // namespace orvo::mapcheck

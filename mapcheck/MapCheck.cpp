@@ -57,6 +57,15 @@ int checkAll(const Options& options, std::vector<Finding>* all) {
     return status;
 }
 
+// The status, unless the text cannot be written to the last byte.
+int print(const std::string& text, int status) {
+    if (fwrite(text.data(), 1, text.size(), stdout) == text.size() && fflush(stdout) == 0) {
+        return status;
+    }
+    perror("orvo-mapcheck: the output cannot be written");
+    return UNUSABLE;
+}
+
 }  // namespace
 
 int checkMaps(int argc, char** argv, DescriptionReader readDescription) {
@@ -66,16 +75,10 @@ int checkMaps(int argc, char** argv, DescriptionReader readDescription) {
         fprintf(stderr, "orvo-mapcheck: %s\n", error.c_str());
         return UNUSABLE;
     }
-    if (options.help) {
-        fputs(helpText(readDescription != nullptr).c_str(), stdout);
-        return CLEAN;
-    }
+    if (options.help) return print(helpText(readDescription != nullptr), CLEAN);
     std::vector<Finding> all;
     const int status = checkAll(options, &all);
-    fputs((options.json ? toJson(all) : toText(all)).c_str(), stdout);
-    if (fflush(stdout) == 0) return status;
-    perror("orvo-mapcheck: the findings cannot be written");
-    return UNUSABLE;
+    return print(options.json ? toJson(all) : toText(all), status);
 }
 
 }  // namespace orvo::mapcheck

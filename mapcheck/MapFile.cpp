@@ -5,6 +5,8 @@
 
 #include <strings.h>
 
+#include <algorithm>
+#include <iterator>
 #include <map>
 
 #include "mapcheck/XmlFile.h"
@@ -17,12 +19,24 @@ constexpr char kEntryElement[] = "instance";
 constexpr char kReplaceAttribute[] = "replace";
 constexpr char kForm[] = R"(<instance replace="external/0">legacy/0</instance>)";
 
+constexpr char kNothingServed[] = "with this map no instance but \"default/0\" is served";
+
+// What libxml2 reads on its own, under all names that it has for it. UTF-16 is not among them: it
+// has NUL bytes, which end the document.
+constexpr const char* kBuiltInEncodings[] = {"UTF-8",       "UTF8",     "ISO-8859-1",
+                                             "ISO-LATIN-1", "US-ASCII", "ASCII"};
+constexpr long kXmlDeclarationLine = 1;  // Nothing may stand before it.
+
 bool isEntry(const xmlNode* node) {
     return isElement(node, kEntryElement);
 }
 
+bool hasEntryForm(const xmlNode* node) {
+    return isEntry(node) && attributeOf(node, kReplaceAttribute).has_value();
+}
+
 std::string tag(const xmlNode* node) {
-    return "<" + nameOf(node) + ">";
+    return "<" + escaped(nameOf(node)) + ">";
 }
 
 // Whoever wrote it meant an entry: it has the attribute, or the name but for its case.
@@ -78,13 +92,32 @@ void takeEntry(const xmlNode* node, MapFile* map, Findings* findings) {
                             "name the provider that stands behind it");
 }
 
+// Blanks and line breaks are the layout of the file. A text with a "/" names an instance.
+void reportText(const xmlNode* node, Findings* findings) {
+    const std::string text = trimmed(contentOf(node));
+    if (text.empty()) return;
+    const size_t firstLine = text.find('\n');
+    const std::string message = "the text " + quoted(text.substr(0, firstLine)) +
+                                (firstLine == std::string::npos ? "" : " and what follows it") +
+                                " is ignored; only elements such as " + kForm + " are entries";
+    if (text.find('/') != std::string::npos) {
+        findings->error(lineOf(node), "stray-text", message);
+    } else {
+        findings->warning(lineOf(node), "stray-text", message);
+    }
+}
+
 void takeChild(const xmlNode* node, MapFile* map, Findings* findings) {
     if (node->type == XML_ENTITY_REF_NODE) {
         findings->error(lineOf(node), "entity-reference",
-                        "&" + nameOf(node) + "; is ignored, entries that an entity stands for " +
+                        "&" + escaped(nameOf(node)) +
+                                "; is ignored, entries that an entity stands for " +
                                 "are not read; write them out");
         return;
     }
+    const bool isText = node->type == XML_TEXT_NODE || node->type == XML_CDATA_SECTION_NODE;
+    // The text of a root element that is an entry was meant as its key.
+    if (isText && !hasEntryForm(node->parent)) reportText(node, findings);
     if (node->type != XML_ELEMENT_NODE) return;
     const bool hasNested = reportNested(node, findings);
     if (isEntry(node)) {
@@ -95,7 +128,7 @@ void takeChild(const xmlNode* node, MapFile* map, Findings* findings) {
 }
 
 void reportRoot(const xmlNode* root, const MapFile& map, Findings* findings) {
-    if (isEntry(root) && attributeOf(root, kReplaceAttribute).has_value()) {
+    if (hasEntryForm(root)) {
         findings->error(lineOf(root), "root-is-entry",
                         "the root element is ignored, only its children are entries; put it into " +
                                 std::string("a root element such as <providers>"));
@@ -106,6 +139,20 @@ void reportRoot(const xmlNode* root, const MapFile& map, Findings* findings) {
                                 std::string("entries such as ") + kForm +
                                 " as children of the root element " + tag(root));
     }
+}
+
+// The workstation's libxml2 asks iconv for what it does not know; a device's is built without.
+void reportEncoding(const xmlDoc* document, Findings* findings) {
+    if (document->encoding == nullptr) return;
+    const std::string encoding = reinterpret_cast<const char*>(document->encoding);
+    const bool isKnown = std::any_of(
+            std::begin(kBuiltInEncodings), std::end(kBuiltInEncodings),
+            [&](const char* known) { return strcasecmp(known, encoding.c_str()) == 0; });
+    if (isKnown) return;
+    findings->error(kXmlDeclarationLine, "encoding",
+                    "the encoding " + quoted(encoding) + " is unknown to a device's XML reader, " +
+                            "which refuses the whole file: " + kNothingServed +
+                            "; write the file as UTF-8");
 }
 
 bool sameAsLibrary(const std::vector<MapEntry>& entries, const camera::ProviderMapper& mapper) {
@@ -120,11 +167,11 @@ MapFile MapFile::read(const std::string& path, Findings* findings) {
     MapFile map{false, {}};
     const XmlFile file = XmlFile::read(path);
     if (file.document == nullptr) {
-        findings->error(
-                file.mistake.line, file.mistake.code,
-                file.mistake.message + "; with this map no instance but \"default/0\" is served");
+        findings->error(file.mistake.line, file.mistake.code,
+                        file.mistake.message + "; " + kNothingServed);
         return map;
     }
+    reportEncoding(file.document.get(), findings);
     const xmlNode* const root = xmlDocGetRootElement(file.document.get());
     for (const xmlNode* node = root->children; node != nullptr; node = node->next) {
         takeChild(node, &map, findings);

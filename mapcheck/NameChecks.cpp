@@ -3,6 +3,9 @@
 
 #include "mapcheck/NameChecks.h"
 
+#include <string.h>
+
+#include "mapcheck/Utf8.h"
 #include "mapcheck/XmlFile.h"
 
 namespace orvo::mapcheck {
@@ -15,12 +18,22 @@ bool hasSlash(const std::string& name) {
     return name.find('/') != std::string::npos;
 }
 
-bool beginsWithMRInstance(const std::string& key) {
-    return key.compare(0, sizeof kMRInstance - 1, kMRInstance) == 0;
+bool hasEmptyPart(const std::string& name) {
+    return name.front() == '/' || name.back() == '/' || name.find("//") != std::string::npos;
 }
 
-// Blanks and commas are part of a name, and so it is a name that nobody has. `what` is "key" or
-// "value". True when there are none.
+// Where the first character stands that is neither a blank nor one that an instance may have.
+size_t findOddCharacter(const std::string& name) {
+    for (size_t at = 0; at < name.size(); ++at) {
+        const auto byte = static_cast<unsigned char>(name[at]);
+        const bool isBlank = strchr(kXmlBlanks, byte) != nullptr;
+        if (byte >= 0x7F || (byte < 0x20 && !isBlank)) return at;
+    }
+    return std::string::npos;
+}
+
+// Blanks, commas and the like are part of a name, and so it is a name that nobody has. `what` is
+// "key" or "value". True when there are none.
 bool checkCharacters(const std::string& name, const std::string& what, const char* consequence,
                      long line, Findings* findings) {
     const std::string start = "the " + what + " " + quoted(name);
@@ -30,6 +43,13 @@ bool checkCharacters(const std::string& name, const std::string& what, const cha
                         start + " has blanks or line breaks around it, which are part of the " +
                                 "name: " + consequence + "; write " + quoted(bare));
     }
+    const size_t odd = findOddCharacter(bare);
+    if (odd != std::string::npos) {
+        const std::string number = "U+" + hexadecimal(characterAt(bare, odd).value, 4);
+        findings->error(line, ("odd-character-in-" + what).c_str(),
+                        start + " has the character " + number + " in it, which is part of the " +
+                                "name: " + consequence + "; write the name in ASCII");
+    }
     const bool comma = bare.find(',') != std::string::npos;
     if (comma || bare.find_first_of(kXmlBlanks) != std::string::npos) {
         findings->error(line, ((comma ? "comma-in-" : "blanks-in-") + what).c_str(),
@@ -37,7 +57,7 @@ bool checkCharacters(const std::string& name, const std::string& what, const cha
                                 "; write one entry for each name");
         return false;
     }
-    return bare.size() == name.size();
+    return bare.size() == name.size() && odd == std::string::npos;
 }
 
 }  // namespace
@@ -47,17 +67,23 @@ std::string typeOf(const std::string& instance) {
 }
 
 bool isPlainName(const std::string& name) {
-    return hasSlash(name) && name.find_first_of(std::string(kXmlBlanks) + ",") == std::string::npos;
+    return hasSlash(name) &&
+           name.find_first_of(std::string(kXmlBlanks) + ",") == std::string::npos &&
+           findOddCharacter(name) == std::string::npos;
+}
+
+bool isMRInstance(const std::string& name) {
+    return name.compare(0, sizeof kMRInstance - 1, kMRInstance) == 0;
 }
 
 bool isAskedFor(const std::string& key) {
-    return isPlainName(key) && !beginsWithMRInstance(key);
+    return isPlainName(key) && !hasEmptyPart(key) && !isMRInstance(key);
 }
 
 bool checkKey(const MapEntry& entry, Findings* findings) {
     const std::string& key = entry.key;
     if (!checkCharacters(key, "key", "no instance has it", entry.line, findings)) return false;
-    if (beginsWithMRInstance(key)) {
+    if (isMRInstance(key)) {
         findings->error(entry.line, "mr-key",
                         "the key " + quoted(key) + " never reaches the map: every instance that " +
                                 "begins with \"default/0\" is the MR provider; remove the entry");
@@ -68,6 +94,12 @@ bool checkKey(const MapEntry& entry, Findings* findings) {
                         "the key " + quoted(key) + " has no \"/\": a service that is started for " +
                                 "it ends before it reads the map; write a name such as " +
                                 "\"legacy/0\"");
+        return false;
+    }
+    if (hasEmptyPart(key)) {
+        findings->error(entry.line, "empty-part-in-key",
+                        "the key " + quoted(key) + " has an empty part: no instance has it; " +
+                                "write a name such as \"legacy/0\"");
         return false;
     }
     return true;
@@ -92,6 +124,12 @@ bool checkValue(const MapEntry& entry, Findings* findings) {
         findings->error(entry.line, "own-name",
                         start + " is its own key: its start waits for a service that only the " +
                                 "end of its start registers; name another provider");
+        return false;
+    }
+    if (value.front() == '/') {
+        findings->error(entry.line, "empty-part-in-value",
+                        start + " has nothing before its \"/\": no provider has it; write a name " +
+                                "such as \"external/0\"");
         return false;
     }
     if (value != typeOf(value) + "/0") {

@@ -12,8 +12,11 @@ namespace orvo::mapcheck {
 /** The part of an instance name before its first "/"; all of it where there is none. */
 std::string typeOf(const std::string& instance);
 
-/** True for a name with a "/" and without the blanks and commas that no instance has. */
+/** True for a name with a "/" and without the blanks, commas and the like that no instance has. */
 bool isPlainName(const std::string& name);
+
+/** True for the MR provider, which the library serves without looking into the map. */
+bool isMRInstance(const std::string& name);
 
 /** True when the library looks the key up in the map once the service is started for it. */
 bool isAskedFor(const std::string& key);

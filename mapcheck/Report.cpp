@@ -3,9 +3,9 @@
 
 #include "mapcheck/Report.h"
 
-#include <stdio.h>
+#include <algorithm>
 
-#include <libxml/xmlstring.h>
+#include "mapcheck/Utf8.h"
 
 namespace orvo::mapcheck {
 namespace {
@@ -18,22 +18,21 @@ std::string place(const std::string& file, long line) {
     return line == kWholeFile ? file + ": " : file + ":" + std::to_string(line) + ": ";
 }
 
-// As a JSON string. Everything but a file's name comes out of the parser and so is UTF-8; a name
-// that is not keeps its bytes as characters of the same number.
+// As a JSON string. What is not UTF-8, such as a file's name may be, keeps its bytes as characters
+// of the same number.
 std::string jsonString(const std::string& text) {
-    const bool isUtf8 = xmlCheckUTF8(reinterpret_cast<const xmlChar*>(text.c_str())) != 0;
     std::string json = "\"";
-    for (const char c : text) {
-        const unsigned byte = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\') {
-            json += std::string("\\") + c;
-        } else if (byte < 0x20 || byte == 0x7F || (byte >= 0x80 && !isUtf8)) {
-            char escape[8];
-            snprintf(escape, sizeof escape, "\\u%04x", byte);
-            json += escape;
+    for (size_t at = 0; at < text.size();) {
+        const Utf8Character character = characterAt(text, at);
+        const unsigned byte = static_cast<unsigned char>(text[at]);
+        if (byte == '"' || byte == '\\') {
+            json += std::string("\\") + text[at];
+        } else if (byte < 0x20 || byte == 0x7F || character.size == 0) {
+            json += "\\u" + hexadecimal(byte, 4);
         } else {
-            json += c;
+            json.append(text, at, character.size);
         }
+        at += std::max<size_t>(character.size, 1);
     }
     return json + "\"";
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Parses with libxml2's defaults, as xmlParseMemory does, but notes the line of every element.
+// Parses with libxml2's defaults, as xmlParseMemory does, but notes the line of elements and texts.
 
 #include "mapcheck/XmlFile.h"
 
@@ -35,6 +35,8 @@ using XmlString = std::unique_ptr<xmlChar, XmlStringFreer>;
 
 constexpr char kUnreadable[] = "unreadable";
 constexpr char kNotXml[] = "not-xml";
+constexpr char kEmptyFile[] = "empty-file";
+constexpr char kNulEnd[] = "ends the document; write the file as UTF-8, without such bytes";
 
 const char* toText(const xmlChar* text) {
     return text == nullptr ? "" : reinterpret_cast<const char*>(text);
@@ -61,6 +63,28 @@ void onReference(void* context, const xmlChar* name) {
     xmlSAX2Reference(context, name);
     auto* const parser = static_cast<xmlParserCtxt*>(context);
     if (parser->node != nullptr) noteLine(parser, parser->node->last);
+}
+
+// The parser is at the end of the text that it hands out, and hands out a long one in pieces.
+void noteTextLine(xmlParserCtxt* parser, const xmlChar* text, int size) {
+    xmlNode* const node = parser->node == nullptr ? nullptr : parser->node->last;
+    if (node == nullptr || node->_private != nullptr) return;
+    const xmlChar* const end = text + size;
+    const xmlChar* const begin =
+            std::find_if(text, end, [](xmlChar c) { return strchr(kXmlBlanks, c) == nullptr; });
+    if (begin == end) return;
+    const intptr_t line = xmlSAX2GetLineNumber(parser) - std::count(begin, end, '\n');
+    node->_private = reinterpret_cast<void*>(line);
+}
+
+void onText(void* context, const xmlChar* text, int size) {
+    xmlSAX2Characters(context, text, size);
+    noteTextLine(static_cast<xmlParserCtxt*>(context), text, size);
+}
+
+void onCdata(void* context, const xmlChar* text, int size) {
+    xmlSAX2CDataBlock(context, text, size);
+    noteTextLine(static_cast<xmlParserCtxt*>(context), text, size);
 }
 
 // Why the file cannot be read, or nothing and its bytes.
@@ -97,10 +121,20 @@ xmlDoc* parse(const char* text, size_t size) {
     if (parser == nullptr) return nullptr;
     parser->sax->startElementNs = onElement;
     parser->sax->reference = onReference;
+    parser->sax->characters = onText;
+    parser->sax->ignorableWhitespace = onText;  // As long as the two are one, no text is left out.
+    parser->sax->cdataBlock = onCdata;
     xmlParseDocument(parser.get());
     if (parser->wellFormed) return parser->myDoc;
     xmlFreeDoc(parser->myDoc);
     return nullptr;
+}
+
+// A document that a NUL byte cuts off has its first mistake there.
+void nameNulByte(std::optional<long> nulLine, XmlMistake* mistake) {
+    if (!nulLine.has_value() || mistake->line < *nulLine) return;
+    mistake->line = *nulLine;
+    mistake->message += ": a NUL byte on line " + std::to_string(*nulLine) + " " + kNulEnd;
 }
 
 }  // namespace
@@ -114,8 +148,10 @@ XmlFile XmlFile::read(const std::string& path) {
     }
     const size_t size = strlen(bytes.c_str());
     if (size == 0) {
-        file.mistake = {"empty-file", kWholeFile,
-                        bytes.empty() ? "is empty" : "begins with a NUL byte"};
+        file.mistake =
+                bytes.empty() ? XmlMistake{kEmptyFile, kWholeFile, "is empty"}
+                              : XmlMistake{kEmptyFile, 1,
+                                           std::string("begins with a NUL byte, which ") + kNulEnd};
         return file;
     }
     if (size < bytes.size()) {
@@ -127,6 +163,7 @@ XmlFile XmlFile::read(const std::string& path) {
     if (file.document == nullptr) {
         file.mistake = errors.first().value_or(
                 XmlMistake{kNotXml, kWholeFile, "is not XML (the parser gave up)"});
+        nameNulByte(file.nulLine, &file.mistake);
     }
     return file;
 }

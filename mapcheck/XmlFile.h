@@ -31,7 +31,9 @@ struct XmlFile {
     static XmlFile read(const std::string& path);
 };
 
-/** The line on which the start tag of an element of an XmlFile ends, or an entity is referred to.
+/**
+ * The line on which the start tag of an element of an XmlFile ends, text other than blanks begins,
+ * or an entity is referred to.
  */
 long lineOf(const xmlNode* node);
 

@@ -101,11 +101,12 @@ constexpr char kMixedMap[] =
 <x:instance xmlns:x="urn:x" replace="16/0">a/0</x:instance>
 <y:instance replace="17/0">a/0</y:instance>
 <instance replace="18/1"><![CDATA[a/0]]></instance>
+<![CDATA[<instance replace="19/0">a/0</instance>]]>
 </map>)";
 
 TEST_F(AgreementTest, WhatTheCheckerCallsIgnoredIsWhatTheReaderLeavesOut) {
     const std::set<std::string> ignoredCodes = {"nested", "other-element", "no-replace",
-                                                "entity-reference"};
+                                                "entity-reference", "stray-text"};
     const std::string file = mDirectory.write("map.xml", kMixedMap);
     std::set<long> ignored;
     for (const JsonFinding& finding : findingsOf(file)) {
@@ -118,12 +119,14 @@ TEST_F(AgreementTest, WhatTheCheckerCallsIgnoredIsWhatTheReaderLeavesOut) {
     for (const auto& [key, values] : mapper.mProviderMap) {
         for (const std::string& value : values) read.insert(std::stol(value));
     }
-    EXPECT_THAT(ignored, ElementsAre(4, 5, 6, 7, 9, 11, 17));
+    EXPECT_THAT(ignored, ElementsAre(4, 5, 6, 7, 9, 11, 17, 19));
     EXPECT_THAT(read, ElementsAre(3, 10, 14, 15, 16, 18));
 }
 
 TEST_F(AgreementTest, AMapThatTheCheckerCannotUseIsOneThatTheLibraryDoesNotLoad) {
-    for (const char* text : {"", "<map>", "no xml", "<map/><map/>", "<map>&unknown;</map>"}) {
+    using namespace std::string_literals;
+    for (const std::string& text : {""s, "<map>"s, "no xml"s, "<map/><map/>"s,
+                                    "<map>&unknown;</map>"s, "<map>\0</map>"s, "\0<map/>"s}) {
         const std::string file = mDirectory.write("map.xml", text);
         EXPECT_EQ(run({file}).status, 2) << text;
         EXPECT_FALSE(camera::ProviderMapper().loadMapFromFile(file.c_str())) << text;
@@ -191,6 +194,14 @@ TEST_F(AgreementTest, AKeyWithBlanksOrCommasIsNotThatOfItsInstances) {
     EXPECT_EQ(fetch("legacy/1"), nullptr);
 }
 
+TEST_F(AgreementTest, OddCharactersArePartOfAName) {
+    EXPECT_THAT(check(entry("external/0", "legacy/0&#xA0;") + entry("external/0&#x200B;")),
+                ElementsAre("odd-character-in-key", "odd-character-in-value"));
+    declareAndStart("external/0");
+    EXPECT_NE(fetch("legacy/0"), nullptr) << "of the second entry";
+    EXPECT_THAT(lookedUp(), IsEmpty());
+}
+
 TEST_F(AgreementTest, AValueWithBlanksOrCommasConnectsNoneOfItsProviders) {
     EXPECT_THAT(check(entry(" external/0") + entry("usb/0,virtual/0") + entry("usb/0 virtual/0")),
                 ElementsAre("blanks-around-value", "comma-in-value", "blanks-in-value"));
@@ -217,6 +228,17 @@ TEST_F(AgreementTest, AnInstanceBehindItselfIsWaitedForDuringItsOwnStart) {
     mPlatform.declared = {"legacy/0"};
     fetch("legacy/0");
     EXPECT_THAT(lookedUp(), ElementsAre("legacy/0")) << "before anybody could register it";
+}
+
+TEST_F(AgreementTest, AnInstanceOfTheMapBehindAnotherOneIsWaitedForDuringTheStartOfThat) {
+    EXPECT_THAT(
+            check(entry("aggregate/0") + entry("external/0", "aggregate/0") + entry("default/0")),
+            ElementsAre("value-is-served-here", "value-is-served-here", "value-is-served-here"))
+            << "the second one is the note of the first";
+    mPlatform.declared = {"aggregate/0", "default/0", "legacy/0"};
+    fetch("legacy/0");
+    EXPECT_THAT(lookedUp(), ElementsAre("aggregate/0", "default/0"))
+            << "before this process could register them";
 }
 
 TEST_F(AgreementTest, ADuplicateAddsNoProvider) {
@@ -256,6 +278,17 @@ TEST_F(AgreementTest, OfCamerasThatCollideTheOneReportedLastIsKnown) {
     makeObjectOfMap({"external/0", "virtual/0"});
     reportPresent({"device@3.2/external/7", "device@3.2/virtual/7"});
     EXPECT_THAT(activeDevices(), ElementsAre(Pair("device@3.2/legacy/7", "device@3.2/virtual/7")));
+}
+
+TEST_F(AgreementTest, CamerasOfOneIdInTwoVersionsAreReportedUnderThatId) {
+    EXPECT_THAT(check(entry("external/0") + entry("virtual/0"),
+                      {"--devices", "external/0=device@3.2/external/7", "--devices",
+                       "virtual/0=device@3.5/virtual/7"}),
+                ElementsAre("id-collision", "id-collision"));
+    makeObjectOfMap({"external/0", "virtual/0"});
+    reportPresent({"device@3.2/external/7", "device@3.5/virtual/7"});
+    EXPECT_THAT(activeDevices(), ElementsAre(Pair("device@3.2/legacy/7", "device@3.2/external/7"),
+                                             Pair("device@3.5/legacy/7", "device@3.5/virtual/7")));
 }
 
 TEST_F(AgreementTest, AMapWithoutFindingsConnectsEveryProviderOfIt) {

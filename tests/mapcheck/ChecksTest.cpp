@@ -21,13 +21,9 @@ std::string mapOf(const std::string& entries) {
 
 class ChecksTest : public MapCheckTest {
   protected:
-    // A manifest that declares these instances of the camera provider.
+    // The file of a manifest that declares these instances.
     std::string manifest(const std::vector<std::string>& instances) {
-        std::string text = R"(<manifest version="1.0" type="device"><hal format="hidl">
-            <name> android.hardware.camera.provider </name><transport>hwbinder</transport>
-            <version>2.4</version><interface><name>ICameraProvider</name>)";
-        for (const auto& instance : instances) text += "<instance> " + instance + "\n</instance>";
-        return mDirectory.write("manifest.xml", text + "</interface></hal></manifest>");
+        return mDirectory.write("manifest.xml", manifestText(instances));
     }
 };
 
@@ -112,6 +108,76 @@ TEST_F(ChecksTest, AnInstanceBehindItselfIsAnError) {
             "only the end of its start registers; name another provider [own-name]"});
 }
 
+TEST_F(ChecksTest, AnInstanceOfTheMapBehindAnotherOneIsAnError) {
+    expect(mapOf(entry("aggregate/0") + entry("external/0", "aggregate/0")),
+           {"2: error: the value \"aggregate/0\" is a key of this map: a service that is started "
+            "for \"legacy/0\" waits until \"aggregate/0\" is registered, for ever if it is to "
+            "register that later itself or if \"aggregate/0\" waits for it; name the providers "
+            "behind \"aggregate/0\" [value-is-served-here]",
+            "3: note: the first entry of that key"});
+}
+
+TEST_F(ChecksTest, InstancesBehindOneAnotherAreErrorsAndSoAreThoseOfOtherNumbers) {
+    expect(mapOf(entry("aggregate/1") + entry("legacy/0", "aggregate/1")),
+           {"2: error: the value \"aggregate/1\" is not of the form TYPE/0: its cameras are looked "
+            "for behind \"aggregate/0\" and can never be opened; let the provider serve as that "
+            "[not-instance-0]",
+            "2: error: the value \"aggregate/1\" is a key of this map: a service that is started "
+            "for \"legacy/0\" waits until \"aggregate/1\" is registered, for ever if it is to "
+            "register that later itself or if \"aggregate/1\" waits for it; name the providers "
+            "behind \"aggregate/1\" [value-is-served-here]",
+            "3: note: the first entry of that key",
+            "3: error: the value \"legacy/0\" is a key of this map: a service that is started for "
+            "\"aggregate/1\" waits until \"legacy/0\" is registered, for ever if it is to "
+            "register that later itself or if \"legacy/0\" waits for it; name the providers "
+            "behind \"legacy/0\" [value-is-served-here]",
+            "2: note: the first entry of that key"});
+}
+
+TEST_F(ChecksTest, TheMRProviderBehindAnInstanceIsAnError) {
+    expect(mapOf(entry("default/0") + entry("default/01") + entry("default/1", "aggregate/0")),
+           {"2: error: the value \"default/0\" is the MR provider, which this library serves, too: "
+            "a service that is started for \"legacy/0\" waits until \"default/0\" is registered, "
+            "for ever if it is to register that later itself; remove the entry "
+            "[value-is-served-here]",
+            "3: warning: \"default/01\" and \"default/0\" are both of the type \"default\": the "
+            "death of one withdraws the cameras of both [same-type]",
+            "2: note: the first provider of this type",
+            "3: error: the value \"default/01\" is not of the form TYPE/0: its cameras are looked "
+            "for behind \"default/0\" and can never be opened; let the provider serve as that "
+            "[not-instance-0]",
+            "3: error: the value \"default/01\" is the MR provider, which this library serves, "
+            "too: a service that is started for \"legacy/0\" waits until \"default/01\" is "
+            "registered, for ever if it is to register that later itself; remove the entry "
+            "[value-is-served-here]",
+            "4: error: the value \"default/1\" is not of the form TYPE/0: its cameras are looked "
+            "for behind \"default/0\" and can never be opened; let the provider serve as that "
+            "[not-instance-0]"});
+}
+
+TEST_F(ChecksTest, WhatTheManifestDoesNotDeclareIsNotWaitedFor) {
+    expect(mapOf(entry("default/0") + entry("aggregate/0") + entry("external/0", "aggregate/0")),
+           {"2: error: the manifest does not declare the value \"default/0\": it is never "
+            "connected; declare it or correct the name [undeclared-value]",
+            "3: error: the value \"aggregate/0\" is a key of this map: a service that is started "
+            "for \"legacy/0\" waits until \"aggregate/0\" is registered, for ever if it is to "
+            "register that later itself or if \"aggregate/0\" waits for it; name the providers "
+            "behind \"aggregate/0\" [value-is-served-here]",
+            "4: note: the first entry of that key"},
+           {"--manifest", manifest({"legacy/0", "aggregate/0", "external/0"})});
+}
+
+TEST_F(ChecksTest, AKeyThatNobodyAsksForIsNotServed) {
+    expect(mapOf(entry("legacy/0 ", "aggregate/0") + entry("external/0", "legacy/0 ") +
+                 entry("aggregate/0", "default/0")),
+           {"2: error: the value \"legacy/0 \" has blanks or line breaks around it, which are part "
+            "of the name: no provider has it; write \"legacy/0\" [blanks-around-value]",
+            "3: error: the key \"legacy/0 \" has blanks or line breaks around it, which are part "
+            "of the name: no instance has it; write \"legacy/0\" [blanks-around-key]",
+            "4: error: the key \"default/0\" never reaches the map: every instance that begins "
+            "with \"default/0\" is the MR provider; remove the entry [mr-key]"});
+}
+
 TEST_F(ChecksTest, ARepeatedEntryIsAWarningAndNothingElse) {
     expect(mapOf(entry("external/1") + entry("virtual/0") + entry("external/1")),
            {"2: error: the value \"external/1\" is not of the form TYPE/0: its cameras are looked "
@@ -193,11 +259,90 @@ TEST_F(ChecksTest, CamerasOfOneNameInTheFrameworkAreAnError) {
             "virtual/0=device@3.2/virtual/7"});
 }
 
-TEST_F(ChecksTest, CamerasOfOtherVersionsInstancesOrProvidersDoNotCollide) {
-    expectClean(mapOf(entry("external/0") + entry("virtual/0") + entry("usb/0", "legacy/1")),
-                {"--devices", "external/0=device@3.2/external/7,device@3.2/external/7",
-                 "--devices=virtual/0=device@1.0/virtual/7", "--devices", "usb/0=device@3.2/usb/7",
-                 "--devices", "foreign/0=device@3.2/foreign/7"});
+TEST_F(ChecksTest, CamerasOfOneIdInOtherVersionsAreAnError) {
+    for (const std::string name : {"device@3.5/virtual/7", "device@1.0/virtual/7"}) {
+        expect(mapOf(entry("external/0") + entry("virtual/0")),
+               {"3: error: device@3.2/external/7 and " + name +
+                        " both have the id \"7\": the framework has one camera of an id, so one "
+                        "of the two is lost; give one of them another id [id-collision]",
+                "2: note: the provider of device@3.2/external/7"},
+               {"--devices", "external/0=device@3.2/external/7", "--devices", "virtual/0=" + name});
+    }
+}
+
+TEST_F(ChecksTest, CamerasOfOneIdBehindTwoInstancesAreAnError) {
+    expect(mapOf(entry("external/0") + entry("virtual/0") + entry("usb/0", "aggregate/0") +
+                 entry("tof/0", "legacy/1")),
+           {"4: error: device@3.2/virtual/7 and device@3.2/usb/7 both have the id \"7\": the "
+            "framework has one camera of an id, so one of the two is lost; give one of them "
+            "another id [id-collision]",
+            "3: note: the provider of device@3.2/virtual/7",
+            "5: error: device@3.2/virtual/7 and device@3.2/tof/7 both have the id \"7\": the "
+            "framework has one camera of an id, so one of the two is lost; give one of them "
+            "another id [id-collision]",
+            "3: note: the provider of device@3.2/virtual/7"},
+           {"--devices", "external/0=device@3.2/external/6", "--devices",
+            "virtual/0=device@3.2/virtual/7", "--devices", "usb/0=device@3.2/usb/7", "--devices",
+            "tof/0=device@3.2/tof/7"});
+}
+
+TEST_F(ChecksTest, TheCamerasOfAProviderBehindTwoInstancesCollideWithThemselves) {
+    expect(mapOf(entry("external/0") + entry("external/0", "aggregate/0")),
+           {"3: error: device@3.2/external/7 is behind \"legacy/0\" and \"aggregate/0\": the "
+            "framework has one camera of an id, so one of the two is lost; put the provider "
+            "behind one instance only [id-collision]",
+            "2: note: the provider of device@3.2/external/7"},
+           {"--devices", "external/0=device@3.2/external/7"});
+}
+
+TEST_F(ChecksTest, ProvidersThatReportOneNameCollide) {
+    expect(mapOf(entry("external/0") + entry("virtual/0")),
+           {"3: error: device@3.2/usb/7 and device@3.2/usb/7 are both device@3.2/legacy/7 to the "
+            "framework: only the one that is reported last can be opened; give one of them another "
+            "id [device-collision]",
+            "2: note: the provider of device@3.2/usb/7"},
+           {"--devices", "external/0=device@3.2/usb/7", "--devices", "virtual/0=device@3.2/usb/7"});
+}
+
+TEST_F(ChecksTest, CamerasOfOneProviderCollideToo) {
+    expect(mapOf(entry("external/0")),
+           {"2: error: device@3.2/external/7 and device@3.5/external/7 both have the id \"7\": "
+            "the framework has one camera of an id, so one of the two is lost; give one of them "
+            "another id [id-collision]",
+            "2: note: the provider of device@3.2/external/7",
+            "2: error: device@3.2/external/8 and device@3.2/usb/8 are both device@3.2/legacy/8 to "
+            "the framework: only the one that is reported last can be opened; give one of them "
+            "another id [device-collision]",
+            "2: note: the provider of device@3.2/external/8"},
+           {"--devices", "external/0=device@3.2/external/7,device@3.5/external/7", "--devices",
+            "external/0=device@3.2/external/8,device@3.2/usb/8"});
+}
+
+TEST_F(ChecksTest, ACameraThatItsProviderHasTwiceIsAWarning) {
+    expect(mapOf(entry("external/0") + entry("external/0", "legacy/0 ")),
+           {"2: warning: \"external/0\" has device@3.2/external/7 twice: it is one camera to the "
+            "framework, and its id is twice in the property that lists the ids; leave one of the "
+            "two out [device-repeated]",
+            "3: error: the key \"legacy/0 \" has blanks or line breaks around it, which are part "
+            "of the name: no instance has it; write \"legacy/0\" [blanks-around-key]"},
+           {"--devices", "external/0=device@3.2/external/7,device@3.2/external/7"});
+}
+
+TEST_F(ChecksTest, OneCameraInTwoMajorVersionsAndProvidersThatAreNotInTheMapDoNotCollide) {
+    expectClean(mapOf(entry("external/0") + entry("virtual/0")),
+                {"--devices", "external/0=device@3.2/external/7,device@1.0/external/7",
+                 "--devices=virtual/0=device@3.2/virtual/70", "--devices",
+                 "foreign/0=device@3.2/foreign/7"});
+}
+
+TEST_F(ChecksTest, DeviceNamesAreWrittenOnOneLine) {
+    expect(mapOf(entry("external/0") + entry("virtual/0")),
+           {"3: error: device@3.2/external/\\xE9\\n and device@3.2/virtual/\\xE9\\n are both "
+            "device@3.2/legacy/\\xE9\\n to the framework: only the one that is reported last "
+            "can be opened; give one of them another id [device-collision]",
+            "2: note: the provider of device@3.2/external/\\xE9\\n"},
+           {"--devices", "external/0=device@3.2/external/\xE9\n", "--devices",
+            "virtual/0=device@3.2/virtual/\xE9\n"});
 }
 
 TEST_F(ChecksTest, TheDescriptionsOfTheHeadsetAreGivenForItsCameras) {
@@ -225,9 +370,50 @@ TEST_F(ChecksTest, TheMapOfTheHeadsetIsClean) {
 }
 
 TEST_F(ChecksTest, NamesAreWrittenOnOneLineInBothForms) {
-    expect(mapOf(entry("a\\&quot;,&#9;&#127;é/0")),
-           {"2: error: the value \"a\\\\\\\",\\t\x7Fé/0\" is one name and never split: no provider "
-            "has it; write one entry for each name [comma-in-value]"});
+    const std::string name = R"("a\\\",\t\x7F\u00E9\U0001F4F7/0")";
+    expect(mapOf(entry("a\\&quot;,&#9;&#127;é📷/0")),
+           {"2: error: the value " + name +
+                    " has the character U+007F in it, which is part of the name: no provider has "
+                    "it; write the name in ASCII [odd-character-in-value]",
+            "2: error: the value " + name +
+                    " is one name and never split: no provider has it; write one entry for each "
+                    "name [comma-in-value]"});
+}
+
+TEST_F(ChecksTest, CharactersThatLookLikeBlanksOrLettersAreErrors) {
+    expect(mapOf(entry("external/0&#xA0;", "leg&#x200B;acy/0") + entry("\xD0\xB5xternal/0")),
+           {"2: error: the key \"leg\\u200Bacy/0\" has the character U+200B in it, which is part "
+            "of the name: no instance has it; write the name in ASCII [odd-character-in-key]",
+            "2: error: the value \"external/0\\u00A0\" has the character U+00A0 in it, which is "
+            "part of the name: no provider has it; write the name in ASCII "
+            "[odd-character-in-value]",
+            "3: error: the value \"\\u0435xternal/0\" has the character U+0435 in it, which is "
+            "part of the name: no provider has it; write the name in ASCII "
+            "[odd-character-in-value]"});
+}
+
+TEST_F(ChecksTest, AnOddCharacterDoesNotHideWhatEndsTheService) {
+    expect(mapOf(entry("virtual&#xFEFF;")),
+           {"2: error: the value \"virtual\\uFEFF\" has the character U+FEFF in it, which is part "
+            "of the name: no provider has it; write the name in ASCII [odd-character-in-value]",
+            "2: error: the value \"virtual\\uFEFF\" has no \"/\": the service ends whenever it is "
+            "started for \"legacy/0\"; write a name such as \"external/0\" [fatal-value]"});
+}
+
+TEST_F(ChecksTest, EmptyPartsOfNamesAreErrors) {
+    std::vector<std::string> lines = {
+            "2: error: the value \"/0\" has nothing before its \"/\": no provider has it; write a "
+            "name such as \"external/0\" [empty-part-in-value]",
+            "3: error: the value \"/\" has nothing before its \"/\": no provider has it; write a "
+            "name such as \"external/0\" [empty-part-in-value]"};
+    std::string entries = entry("/0") + entry("/", "aggregate/0");
+    for (const std::string key : {"/", "/0", "legacy/", "legacy//0"}) {
+        lines.push_back(std::to_string(lines.size() + 2) + ": error: the key \"" + key +
+                        "\" has an empty part: no instance has it; write a name such as "
+                        "\"legacy/0\" [empty-part-in-key]");
+        entries += entry("external/0", key);
+    }
+    expect(mapOf(entries), lines);
 }
 
 // With every entry compared with every other one, this would take hours.

@@ -105,13 +105,67 @@ TEST_F(CommandLineTest, AFileNameInAnotherEncodingStillGivesJson) {
     EXPECT_EQ(found[0].line, 0);
 }
 
-TEST_F(CommandLineTest, OutputThatCannotBeWrittenIsAnError) {
+TEST_F(CommandLineTest, AFileNameThatIsNearlyUtf8StillGivesJson) {
+    const std::pair<const char*, const char*> names[] = {
+            {"\xED\xA0\x80", "\u00ED\u00A0\u0080"},            // Half a surrogate pair.
+            {"\xC0\x80", "\u00C0\u0080"},                      // A longer form of NUL.
+            {"\xE0\x80\xAF", "\u00E0\u0080\u00AF"},            // A longer form of "/".
+            {"\xF0\x82\x82\xAC", "\u00F0\u0082\u0082\u00AC"},  // A longer form of a sign.
+            {"\xF4\x90\x80\x80", "\u00F4\u0090\u0080\u0080"},  // Beyond the last character.
+            {"\xF8\x88\x80\x80\x80", "\u00F8\u0088\u0080\u0080\u0080"},
+            {"\x80", "\u0080"},            // A middle without a begin.
+            {"\xE2\x82", "\u00E2\u0082"},  // A begin without an end.
+            {"\xE2\x82z", "\u00E2\u0082z"},
+            {"\xF4\x8F\xBF\xBF\xEF\xBF\xBF\xED\x9F\xBF\xC2\x80", "\U0010FFFF\uFFFF\uD7FF\u0080"},
+            {"\u20AC\xE9", "\u20AC\u00E9"},
+            {"\x7F\x01", "\x7F\x01"},
+    };
+    for (const auto& [name, shown] : names) {
+        const std::vector<JsonFinding> found = findingsOf(name);
+        ASSERT_THAT(found, ::testing::SizeIs(1)) << shown;
+        EXPECT_EQ(found[0].file, shown);
+    }
+}
+
+class FullDiskTest : public CommandLineTest {
+  protected:
+    // The end of a run whose output goes where nothing can be written.
+    static ProgramEnd runIntoFullDisk(const std::string& arguments) {
+        return simulator::testing::runProgram({"/bin/sh", "-c",
+                                               simulator::testing::programPath("orvo-mapcheck") +
+                                                       " " + arguments + " >/dev/full"});
+    }
+
+    static void expectOneLine(const ProgramEnd& end) {
+        EXPECT_EQ(end.err,
+                  "orvo-mapcheck: the output cannot be written: No space left on device\n");
+        EXPECT_EQ(end.status, 2);
+    }
+};
+
+TEST_F(FullDiskTest, FindingsThatCannotBeWrittenAreAnError) {
     const std::string map = mDirectory.write("map.xml", kBadMap);
-    const std::string program = simulator::testing::programPath("orvo-mapcheck");
-    const ProgramEnd end =
-            simulator::testing::runProgram({"/bin/sh", "-c", program + " " + map + " >/dev/full"});
-    EXPECT_EQ(end.err, "orvo-mapcheck: the findings cannot be written: No space left on device\n");
-    EXPECT_EQ(end.status, 2);
+    expectOneLine(runIntoFullDisk(map));
+    expectOneLine(runIntoFullDisk(map + " --format=json"));
+}
+
+TEST_F(FullDiskTest, FindingsThatFillMoreThanABufferAreAnErrorToo) {
+    std::string text = "<map>\n";
+    for (int i = 0; i < 300000; ++i) text += "<instance/>\n";
+    const std::string map = mDirectory.write("map.xml", text + "</map>\n");
+    expectOneLine(runIntoFullDisk(map));
+    expectOneLine(runIntoFullDisk(map + " --format=json"));
+}
+
+TEST_F(FullDiskTest, HelpThatCannotBeWrittenIsAnError) {
+    expectOneLine(runIntoFullDisk("--help"));
+}
+
+TEST_F(FullDiskTest, WhereThereIsNothingToSayNothingHasToBeWritten) {
+    const std::string map = mDirectory.write(
+            "map.xml", "<map><instance replace=\"external/0\">legacy/0</instance></map>");
+    EXPECT_EQ(runIntoFullDisk(map).status, 0);
+    expectOneLine(runIntoFullDisk(map + " --format=json"));
 }
 
 }  // namespace

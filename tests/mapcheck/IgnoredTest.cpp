@@ -68,6 +68,57 @@ TEST_F(IgnoredTest, AnyOtherElementIsAWarning) {
             "entries [other-element]"});
 }
 
+TEST_F(IgnoredTest, AnElementsNameIsWrittenSoThatEveryCharacterShows) {
+    expect(mapWith("<instance\u200d replace=\"a/0\">legacy/0</instance\u200d>"),
+           {"3: error: <instance\\u200D> is ignored; only elements named <instance>, in lower "
+            "case, "
+            "are entries [other-element]"});
+}
+
+TEST_F(IgnoredTest, TextThatNamesAnInstanceIsAnError) {
+    expect(mapWith("\n  legacy/0 = external/0\r\n\n<!-- a comment -->\n\n"
+                   "<![CDATA[\n<instance replace=\"a/0\">b/0</instance>\n\n]]>"),
+           {"4: error: the text \"legacy/0 = external/0\" is ignored; only elements such as "
+            "<instance replace=\"external/0\">legacy/0</instance> are entries [stray-text]",
+            "9: error: the text \"<instance replace=\\\"a/0\\\">b/0</instance>\" is ignored; only "
+            "elements such as <instance replace=\"external/0\">legacy/0</instance> are entries "
+            "[stray-text]"});
+}
+
+TEST_F(IgnoredTest, AnyOtherTextIsAWarning) {
+    expect(mapWith("&amp;\n-->\n\u00a0;"),
+           {"3: warning: the text \"&\" and what follows it is ignored; only elements such as "
+            "<instance replace=\"external/0\">legacy/0</instance> are entries [stray-text]"});
+    expect(mapWith("<![CDATA[ \n ]]>\n\u200b"),
+           {"5: warning: the text \"\\u200B\" is ignored; only elements such as "
+            "<instance replace=\"external/0\">legacy/0</instance> are entries [stray-text]"});
+}
+
+TEST_F(IgnoredTest, BlankTextAndTextInOtherElementsIsNoMistakeOfItsOwn) {
+    expectClean(mapWith("<![CDATA[ \n\t ]]>&#32;&#10;"));
+    expect(mapWith("<group>legacy/0 = external/0</group>"),
+           {"3: warning: <group> is ignored; only elements named <instance>, in lower case, are "
+            "entries [other-element]"});
+}
+
+TEST_F(IgnoredTest, EncodingsThatADeviceMayNotKnowAreErrors) {
+    for (const char* encoding : {"windows-1252", "GB2312", "ISO-8859-15", "latin1"}) {
+        expect(std::string(R"(<?xml version="1.0" encoding=")") + encoding + "\"?>\n" + mapWith(""),
+               {std::string("1: error: the encoding \"") + encoding +
+                "\" is unknown to a device's XML reader, which refuses the whole file: with this "
+                "map no instance but \"default/0\" is served; write the file as UTF-8 "
+                "[encoding]"});
+    }
+}
+
+TEST_F(IgnoredTest, EncodingsThatEveryDeviceKnowsAreClean) {
+    for (const char* encoding : {"UTF-8", "utf-8", "UTF8", "ISO-8859-1", "us-ascii", "ASCII"}) {
+        expectClean(std::string(R"(<?xml version="1.0" encoding=")") + encoding + "\"?>\n" +
+                    mapWith(""));
+    }
+    expectClean("\xEF\xBB\xBF" + mapWith(""));
+}
+
 TEST_F(IgnoredTest, EntriesThatAnEntityStandsForAreAnError) {
     expect(R"(<!DOCTYPE map [<!ENTITY more '<instance replace="a/0">legacy/0</instance>'>]>)" +
                    mapWith("&more;"),
@@ -112,9 +163,11 @@ TEST_F(IgnoredTest, AnEntryOverSeveralLinesIsFoundWhereItsStartTagEnds) {
 TEST_F(IgnoredTest, LinesBeyondWhatTheParserKeepsAreExact) {
     std::string text;
     for (int i = 0; i < 70000; ++i) text += "\n";
-    expect(mapWith(text + "<instance\n/>\n\n"),
+    expect(mapWith(text + "<instance\n/>\n\n" + text + "a/0\n"),
            {"70004: error: the entry \"\" is ignored, it has no \"replace\" attribute; name the "
-            "provider that stands behind it [no-replace]"});
+            "provider that stands behind it [no-replace]",
+            "140006: error: the text \"a/0\" is ignored; only elements such as <instance "
+            "replace=\"external/0\">legacy/0</instance> are entries [stray-text]"});
 }
 
 }  // namespace

@@ -3,7 +3,11 @@
 
 #include "tests/mapcheck/MapCheckTest.h"
 
+#include <sstream>
+
 #include <nlohmann/json.hpp>
+
+#include "tests/packaging/SourceTexts.h"
 
 namespace orvo::test {
 
@@ -16,7 +20,38 @@ std::string lineOf(const JsonFinding& finding) {
            (finding.severity == "note" ? "" : " [" + finding.code + "]") + "\n";
 }
 
+// The row of the document's table whose first cell has the code; empty if there is none.
+std::string rowOf(const std::string& code) {
+    static const std::string document = sourceText("docs/device.md");
+    const std::string quoted = "`" + code + "`";
+    std::istringstream lines(document);
+    for (std::string line; std::getline(lines, line);) {
+        const bool isRow = line.compare(0, 3, "| `") == 0;
+        if (isRow && line.substr(0, line.find(" | ")).find(quoted) != std::string::npos) {
+            return line;
+        }
+    }
+    return "";
+}
+
+void expectInDocument(const JsonFinding& finding) {
+    const std::string row = rowOf(finding.code);
+    ASSERT_NE(row, "") << "give `" << finding.code << "` a row in docs/device.md";
+    const size_t second = row.find(" | ") + 1;
+    EXPECT_THAT(row.substr(second, row.find(" | ", second) - second),
+                ::testing::HasSubstr(finding.severity))
+            << "mend the severity of `" << finding.code << "` in docs/device.md";
+}
+
 }  // namespace
+
+std::string manifestText(const std::vector<std::string>& instances) {
+    std::string text = R"(<manifest version="1.0" type="device"><hal format="hidl">
+        <name> android.hardware.camera.provider </name><transport>hwbinder</transport>
+        <version>2.4</version><interface><name>ICameraProvider</name>)";
+    for (const auto& instance : instances) text += "<instance> " + instance + "\n</instance>";
+    return text + "</interface></hal></manifest>";
+}
 
 ProgramEnd run(const std::vector<std::string>& arguments, const std::string& program) {
     std::vector<std::string> command = {simulator::testing::programPath(program)};
@@ -65,7 +100,10 @@ void MapCheckTest::expectOfFile(const std::vector<std::string>& lines,
     all.push_back("--format=json");
     const ProgramEnd json = run(all);
     std::string lineByLine;
-    for (const JsonFinding& finding : parseFindings(json.out)) lineByLine += lineOf(finding);
+    for (const JsonFinding& finding : parseFindings(json.out)) {
+        lineByLine += lineOf(finding);
+        if (finding.severity != "note") expectInDocument(finding);
+    }
     EXPECT_EQ(lineByLine, expected) << "both forms say the same";
     EXPECT_EQ(json.err, "");
     EXPECT_EQ(json.status, status);

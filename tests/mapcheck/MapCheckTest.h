@@ -35,11 +35,15 @@ std::vector<JsonFinding> parseFindings(const std::string& json);
 std::vector<JsonFinding> findingsOf(const std::string& file,
                                     const std::vector<std::string>& arguments = {});
 
+/** A manifest that declares these instances of the camera provider. */
+std::string manifestText(const std::vector<std::string>& instances);
+
 class MapCheckTest : public ::testing::Test {
   protected:
     /**
      * Writes the map, and expects these lines, the file's name left out, and the exit status in
-     * both forms of the output: "3: error: <message> [<code>]", "4: note: <message>".
+     * both forms of the output: "3: error: <message> [<code>]", "4: note: <message>". Each code has
+     * to have a row of that severity in the table of findings in docs/device.md.
      */
     void expect(const std::string& map, const std::vector<std::string>& lines,
                 const std::vector<std::string>& arguments = {}, int status = 1);

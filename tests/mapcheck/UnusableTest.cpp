@@ -46,7 +46,37 @@ TEST_F(UnusableTest, AnEmptyFile) {
 
 TEST_F(UnusableTest, AFileThatBeginsWithANulByte) {
     expect(std::string(1, '\0') + kGood,
-           {std::string(" error: begins with a NUL byte") + kNotServed + " [empty-file]"}, {}, 2);
+           {std::string("1: error: begins with a NUL byte, which ends the document; write the file "
+                        "as UTF-8, without such bytes") +
+            kNotServed + " [empty-file]"},
+           {}, 2);
+}
+
+TEST_F(UnusableTest, ANulByteInTheDocumentIsNamed) {
+    using namespace std::string_literals;
+    expect("<map>\n<instance replace=\"external/0\">legacy/0</instance>\n\0</map>\n"s,
+           {"3: error: is not XML (Premature end of data in tag map line 1): a NUL byte on line 3 "
+            "ends the document; write the file as UTF-8, without such bytes" +
+            std::string(kNotServed) + " [not-xml]"},
+           {}, 2);
+}
+
+TEST_F(UnusableTest, AFileInUtf16IsTold) {
+    std::string text = "\xFF\xFE";
+    for (const char c : std::string(kGood)) text += {c, '\0'};
+    expect(text,
+           {"1: error: is not XML (Start tag expected, '<' not found): a NUL byte on line 1 ends "
+            "the document; write the file as UTF-8, without such bytes" +
+            std::string(kNotServed) + " [not-xml]"},
+           {}, 2);
+}
+
+TEST_F(UnusableTest, AMistakeBeforeANulByteIsToldInstead) {
+    using namespace std::string_literals;
+    expect("<map>\n</mop>\n\0"s,
+           {"2: error: is not XML (Opening and ending tag mismatch: map line 1 and mop)" +
+            std::string(kNotServed) + " [not-xml]"},
+           {}, 2);
 }
 
 TEST_F(UnusableTest, AFileThatIsTooLargeIsNotReadAtAll) {
@@ -94,6 +124,13 @@ TEST_F(UnusableTest, TheOtherFilesAreCheckedAllTheSame) {
                                "legacy/0</instance> as children of the root element <map> "
                                "[no-entry]\n");
     EXPECT_EQ(end.status, 2);
+}
+
+TEST_F(UnusableTest, AnEncodingThatNobodyKnowsIsNotXml) {
+    expect("<?xml version=\"1.0\" encoding=\"none\"?>\n" + std::string(kGood),
+           {"1: error: is not XML (Unsupported encoding none)" + std::string(kNotServed) +
+            " [not-xml]"},
+           {}, 2);
 }
 
 TEST_F(UnusableTest, AManifestThatIsNoneStopsTheCheck) {

@@ -2,7 +2,9 @@
 // Withdraws the cameras of an underlying provider that died, and reconnects it.
 
 #include <chrono>
+#include <string>
 #include <thread>
+#include <vector>
 
 #include <android/log.h>
 
@@ -24,13 +26,14 @@ constexpr int kReconnectAttempts = 10;
 constexpr std::chrono::milliseconds kReconnectPause(500);  // Before every attempt, the first too.
 
 // Connects the provider and registers the provider object with it. The cameras come back when the
-// provider reports them.
-bool reconnectOnce(OrvoCameraServiceImplementation* object, const std::string& name,
-                   const HALDescriptor* descriptor) {
-    if (!object->initializeProviderService(descriptor, name)) return false;
+// provider reports them. Returns the provider's shim, or null when that did not work.
+sp<ICameraProvider> reconnectOnce(OrvoCameraServiceImplementation* object, const std::string& name,
+                                  const HALDescriptor* descriptor) {
+    if (!object->initializeProviderService(descriptor, name)) return nullptr;
     const sp<ICameraProvider> shim = descriptor->mShim.promote();
     // Only the transport counts: a provider that answers with an error status is registered.
-    return shim != nullptr && shim->setCallback(object).isOk();
+    if (shim == nullptr || !shim->setCallback(object).isOk()) return nullptr;
+    return shim;
 }
 
 // The body of a reconnection thread. It holds no reference to the object, whose owner keeps it
@@ -40,7 +43,8 @@ void reconnect(OrvoCameraServiceImplementation* object, const std::string& name,
                const HALDescriptor* descriptor) {
     for (int attempt = 1; attempt <= kReconnectAttempts; ++attempt) {
         std::this_thread::sleep_for(kReconnectPause);
-        if (!reconnectOnce(object, name, descriptor)) continue;
+        const sp<ICameraProvider> shim = reconnectOnce(object, name, descriptor);
+        if (shim == nullptr) continue;
         __android_log_print(ANDROID_LOG_INFO, kLogTag,
                             "Successfully reinitialized provider %s (attempt %d)", name.c_str(),
                             attempt);
@@ -85,24 +89,31 @@ size_t OrvoCameraServiceImplementation::removeAndNotifyDevicesByProviderName(
     // By type alone on purpose: which instance of it reported a device is not known.
     const std::string type = providerName.substr(0, slash);
 
-    std::map<std::string, std::string> removed;
+    std::vector<std::string> removed;  // By the names that the framework knows.
     {
         const std::lock_guard<std::mutex> lock(mActiveDevicesMutex);
         for (auto entry = mActiveDevices.begin(); entry != mActiveDevices.end();) {
-            const auto current = entry++;
             DeviceNameParts parts;
-            if (!splitDeviceName(current->second, parts) || parts.type != type) continue;
-
+            if (!splitDeviceName(entry->second, parts) || parts.type != type) {
+                ++entry;
+                continue;
+            }
+            removed.push_back(entry->first);
             removeCameraIdFromSystemProperty(parts.type, parts.id);
-            removed.insert(removed.end(), mActiveDevices.extract(current));
+            entry = mActiveDevices.erase(entry);
         }
     }
 
-    const sp<ICameraProviderCallback> callback = mCallback;
+    sp<ICameraProviderCallback> callback = mCallback;
     if (removed.empty() || callback == nullptr) return 0;
 
     size_t notified = 0;
-    for (const auto& [name, providerDeviceName] : removed) {
+    for (const std::string& name : removed) {
+        // A framework that registers anew in between hears of the remaining ones where it listens.
+        // One that takes its callback away hears of them on the one it had.
+        if (const sp<ICameraProviderCallback> current = mCallback; current != nullptr) {
+            callback = current;
+        }
         const Return<void> result =
                 callback->cameraDeviceStatusChange(lend(name), CameraDeviceStatus::NOT_PRESENT);
         if (!result.isOk()) {

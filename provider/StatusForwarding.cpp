@@ -34,7 +34,7 @@ Return<Status> OrvoCameraServiceImplementation::setCallback(
     mCallback = callback;
 
     for (const HALDescriptor& descriptor : mHalDescriptors) {
-        const sp<ICameraProvider> shim = descriptor.mShim.promote();
+        sp<ICameraProvider> shim = descriptor.mShim.promote();
         if (shim == nullptr) {
             // A provider that is not running must not take the others down.
             __android_log_print(ANDROID_LOG_WARN, kLogTag,
@@ -43,7 +43,9 @@ Return<Status> OrvoCameraServiceImplementation::setCallback(
             continue;
         }
         // Only the transport counts: a provider that answers with an error status is registered.
-        if (!shim->setCallback(this).isOk()) {
+        const bool registered = shim->setCallback(this).isOk();
+        shim.clear();
+        if (!registered) {
             __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to set callback");
             return Status::INTERNAL_ERROR;
         }

@@ -25,8 +25,10 @@ writes this table from the tests' own output, and a test fails while it is not u
 
 Faults that the library answers for by itself come back as a false, a null or a camera status, with
 a line in the log. A transport failure in the middle of `getCameraIdList` or `getVendorTags` ends the
-process on purpose, and the platform starts it afresh. Errors of the standard library, for want of
-memory or threads, are not caught.
+process on purpose, and the platform starts it afresh. A transport failure that goes back to the
+caller does so as long as the caller is in the same process: the stub that would have to send one to
+another process ends its own instead (`DeviceTest` and `Recovery*` hold that with real processes).
+Errors of the standard library, for want of memory or threads, are not caught.
 
 | what is called | fault | what happens | test |
 |---|---|---|---|

@@ -2,8 +2,10 @@
 // The providers' notifications at the floor, and their death.
 
 #include <chrono>
+#include <string>
 #include <thread>
 #include <utility>
+#include <vector>
 
 #include <android/log.h>
 
@@ -72,24 +74,26 @@ void FloorProvider::serviceDied(uint64_t cookie, const wp<IBase>& /* who */) {
 }
 
 // Unavoidable: the walk with a look at each name, an edit of the property for each device, one
-// notification each. The nodes are kept until then, so no name is copied.
+// notification each. The names are copied until then: the device's C++ library may be older than
+// std::map's extract().
 size_t FloorProvider::withdraw(std::string_view type) {
-    std::map<std::string, std::string> removed;
+    std::vector<std::string> removed;
     {
         const std::lock_guard<std::mutex> lock(mMutex);
         for (auto entry = mActiveDevices.begin(); entry != mActiveDevices.end();) {
-            const auto next = std::next(entry);
             const NameParts parts(entry->second);
-            if (parts.type == type) {
-                removeIdAtFloor(parts.type, parts.id);
-                removed.insert(removed.end(), mActiveDevices.extract(entry));
+            if (parts.type != type) {
+                ++entry;
+                continue;
             }
-            entry = next;
+            removed.push_back(entry->first);
+            removeIdAtFloor(parts.type, parts.id);
+            entry = mActiveDevices.erase(entry);
         }
     }
     const sp<ICameraProviderCallback> callback = mCallback;
     size_t notified = 0;
-    for (const auto& [name, providerName] : removed) {
+    for (const std::string& name : removed) {
         hidl_string lent;
         lent.setToExternal(name.data(), name.size());
         if (callback->cameraDeviceStatusChange(lent, CameraDeviceStatus::NOT_PRESENT).isOk()) {

@@ -60,7 +60,7 @@ void removeCameraIdFromSystemProperty(std::string_view type, std::string_view id
     if (position != std::string_view::npos) {
         size_t end = position + id.size();
         if (value[end] == ',') end = std::min(end + 2, size);
-        std::copy(value.begin() + end, value.begin() + size, value.begin() + position);
+        memmove(&value[position], &value[end], size - end);
         size -= end - position;
     }
     if (size > 0 && value[size - 1] == ' ') --size;

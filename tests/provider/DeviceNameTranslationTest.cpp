@@ -100,6 +100,16 @@ TEST_F(DeviceNameTranslationTest, AMalformedOrIncompleteFrameworkNameIsReturnedW
     EXPECT_THAT(activeDevices(), IsEmpty());
 }
 
+TEST_F(DeviceNameTranslationTest, TheWarningComesWithoutTheLock) {
+    int lines = 0;
+    mLog.onLine = [&](const LogLine& line) {
+        ++lines;
+        EXPECT_TRUE(activeDevicesAreUnlocked()) << line.text;
+    };
+    mObject->androidDeviceNameToProviderDeviceName("device@3.2/legacy");
+    EXPECT_EQ(lines, 1);
+}
+
 TEST_F(DeviceNameTranslationTest, TheLookUpTakesTheLockOfTheMap) {
     mObject->mActiveDevicesMutex.lock();
     std::future<std::string> answer = std::async(std::launch::async, [this] {

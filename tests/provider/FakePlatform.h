@@ -71,6 +71,7 @@ class FakePlatform {
     bool libraryHasEntry = true;
     std::function<ICameraProvider*(const char*)> mrEntry;  ///< What the entry does.
     std::function<void()> onOpen;                          ///< Runs at the start of each open.
+    std::function<void()> onLookUp;  ///< Runs at the start of each look-up of a symbol.
     int opens = 0;
     int openMode = 0;
     int symbolLookups = 0;

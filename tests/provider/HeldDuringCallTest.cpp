@@ -124,6 +124,34 @@ TEST_F(HeldShimTest, WhileAReconnectionRegistersWithIt) {
     EXPECT_FALSE(mRaw->isHeld());
 }
 
+TEST_F(HeldShimTest, UntilAReconnectionHasLoggedItsSuccess) {
+    mShims.prepare(kName, mWatched);
+    mLog.onLine = [this](const LogLine& line) {
+        if (!(line == reconnectedLine(kName, 1))) return;
+        mShims.drop(kName);
+        mWatched.clear();
+        expectStillHeld();
+    };
+    die(kName);
+    finishReconnections();
+    EXPECT_EQ(mAnswers, 1);
+    EXPECT_FALSE(mRaw->isHeld());
+}
+
+TEST_F(HeldShimTest, NoLongerThanItTakesToFindOutThatItCannotBeRegisteredWith) {
+    mRaw->setCallbackFails = true;
+    int lines = 0;
+    mLog.onLine = [&](const LogLine& line) {
+        EXPECT_EQ(line, errorLine("Failed to set callback"));
+        ++lines;
+        mShims.drop(kName);
+        mWatched.clear();
+        EXPECT_FALSE(mRaw->isHeld());
+    };
+    EXPECT_EQ(mObject->setCallback(mFramework), Status::INTERNAL_ERROR);
+    EXPECT_EQ(lines, 1);
+}
+
 // The service external/0, which dies: its descriptor and the service manager let go of it.
 class HeldServiceTest : public HeldDuringCallTest {
   protected:

@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <chrono>
+#include <functional>
 #include <thread>
 #include <type_traits>
+#include <utility>
 
 #include "provider/naming/DeviceMap.h"
 #include "tests/support/Fault.h"
@@ -160,6 +162,26 @@ TEST_F(LifecycleTest, InitializeConnectsEveryDeclaredProviderThatHasADescriptor)
                             infoLine("Found replacement provider external/0 for legacy/0")));
 }
 
+TEST_F(LifecycleTest, AProviderThatIsDeclaredTwiceIsConnectedTwice) {
+    const sp<ScriptedProvider> service = startService("external/0");
+    startService("virtual/0");
+    mProxy->declared.push_back("external/0");
+    makeObject("legacy/0", {"external/0", "virtual/0"});
+    EXPECT_TRUE(mObject->initialize());
+    EXPECT_EQ(mProxy->lookups("external/0"), 2);
+    EXPECT_THAT(service->links(), SizeIs(2));
+    EXPECT_THAT(mShims.calls(), SizeIs(3));
+    const PropertyWrite added = {kAddedProperty, "1"};
+    EXPECT_THAT(mProperties.writes(), ElementsAre(added, added));
+    EXPECT_THAT(mLog.lines(),
+                ElementsAre(infoLine("Loading service external/0"),
+                            infoLine("Found replacement provider external/0 for legacy/0"),
+                            infoLine("Loading service virtual/0"),
+                            infoLine("Found replacement provider virtual/0 for legacy/0"),
+                            infoLine("Loading service external/0"),
+                            infoLine("Found replacement provider external/0 for legacy/0")));
+}
+
 TEST_F(LifecycleTest, AProviderThatIsNotDeclaredStaysUnconnected) {
     mProxy->start("external/0", new ScriptedProvider);
     makeObject("legacy/0", {"external/0"});
@@ -255,6 +277,39 @@ TEST_F(LifecycleTest, DestructionReleasesTheMapperBeforeTheProxyAndLeavesTheProv
     EXPECT_THAT(mLog.lines(), IsEmpty());
     mProxy = std::make_shared<FakeServiceInteractionProxy>();
     mMapper = std::make_shared<FakeProviderMapper>();
+}
+
+// Says when it is destroyed.
+template <typename Fake>
+class Departing : public Fake {
+  public:
+    explicit Departing(std::function<void()> onDestroyed) : mOnDestroyed(std::move(onDestroyed)) {}
+    ~Departing() override { mOnDestroyed(); }
+
+  private:
+    std::function<void()> mOnDestroyed;
+};
+
+TEST_F(LifecycleTest, DestructionReleasesTheProxyBeforeTheServicesAndTheCallbackLast) {
+    std::vector<std::string> released;
+    const auto note = [&released](const char* what) {
+        return [&released, what] { released.push_back(what); };
+    };
+    mProxy->declared = {"external/0"};
+    mProxy->start("external/0", new Departing<ScriptedProvider>(note("service")));
+    makeObject("legacy/0", {"external/0"});
+    mObject->initialize();
+    mProxy->stop("external/0");
+    mObject->setCallback(new Departing<RecordingCallback>(note("callback")));
+    mShims.drop("external/0");  // It holds the object.
+    mMapper->onDestroyed = note("mapper");
+    mProxy->onDestroyed = note("proxy");
+    mMapper.reset();
+    mProxy.reset();
+    EXPECT_THAT(released, IsEmpty()) << "the object owns all of them";
+
+    mObject.clear();
+    EXPECT_THAT(released, ElementsAre("mapper", "proxy", "service", "callback"));
 }
 
 TEST_F(LifecycleTest, AHundredObjectsComeAndGo) {

@@ -279,6 +279,17 @@ TEST_F(ReconnectionTest, TheThreadHoldsNoReferenceToTheObject) {
     finish();
 }
 
+TEST_F(ReconnectionTest, TheThreadHasACopyOfTheName) {
+    restart();
+    Descriptor renamed;
+    renamed.mName = kName;
+    mObject->serviceDied(reinterpret_cast<uintptr_t>(&renamed), nullptr);
+    ASSERT_TRUE(mReconnection.waitForArrivals(1));
+    renamed.mName = "virtual/0";
+    EXPECT_THAT(finish(), ElementsAre(diedLine(kName), reconnectedLine(kName, 1)));
+    EXPECT_EQ(renamed.mProvider, mNext);
+}
+
 TEST_F(ReconnectionTest, NoLockIsHeldDuringAnAttempt) {
     restart();
     mProxy->onGetService = [this](const std::string&) { EXPECT_TRUE(activeDevicesAreUnlocked()); };
@@ -336,6 +347,15 @@ TEST_F(ReconnectionTest, ASecondDeathWhileTheFirstThreadStillRunsStartsASecondTh
     EXPECT_EQ(descriptor(kName)->mProvider, mNext) << "the first thread changes nothing any more";
     EXPECT_EQ(descriptor(kName)->mShim.promote(), mShims.shim(kName));
     EXPECT_THAT(mNext->links(), SizeIs(1));
+}
+
+// The object is registered with the shim that was made, whatever has become of its service.
+TEST_F(ReconnectionTest, ASecondDeathDuringTheConnectionDoesNotEndTheAttempt) {
+    restart();
+    mNext->onLinked = [this] { descriptor(kName)->mProvider = nullptr; };
+    die(kName);
+    EXPECT_THAT(finish(), ElementsAre(reconnectedLine(kName, 1)));
+    EXPECT_THAT(mShims.shim(kName)->callbacks(), SizeIs(1));
 }
 
 TEST_F(ReconnectionTest, GivingUpIsFinalForThatDeath) {

@@ -152,6 +152,18 @@ TEST_F(ServiceDiedTest, TheFrameworkIsToldWithoutTheLockAndAfterAllDevicesAreFor
     EXPECT_THAT(mFramework->notifications(), SizeIs(4));
 }
 
+// The writes come on the thread that holds the lock.
+TEST_F(ServiceDiedTest, EachDeviceIsUnlistedBeforeItIsForgotten) {
+    connect({"external/0"});
+    reportPresent({"device@3.2/external/1", "device@3.2/external/2"});
+    std::vector<std::map<std::string, std::string>> seen;
+    mProperties.onWrite = [&] { seen.push_back(mObject->mActiveDevices); };
+    die("external/0");
+    const auto first = Pair("device@3.2/legacy/1", "device@3.2/external/1");
+    const auto second = Pair("device@3.2/legacy/2", "device@3.2/external/2");
+    EXPECT_THAT(seen, ElementsAre(ElementsAre(first, second), ElementsAre(second)));
+}
+
 TEST_F(ServiceDiedTest, TheServiceIsUnlinkedBeforeItIsDropped) {
     connect({"external/0"});
     int unlinks = 0;
@@ -351,24 +363,6 @@ TEST_F(WithdrawalTest, TheEmptyTypeIsATypeLikeAnyOther) {
     EXPECT_EQ(withdraw("/0"), 1u);
     EXPECT_THAT(activeDevices(), ElementsAre(Pair("device@3.2/legacy/2", "device@3.2/external/2")));
     EXPECT_THAT(mLog.lines(), ElementsAre(withdrawnLine(1, 1, "")));
-}
-
-// The framework registers anew in the middle of the notifications: they all go to the callback
-// that was there when they began, which lasts for as long.
-TEST_F(WithdrawalTest, TheNotificationsStayWithOneCallback) {
-    setCallback();
-    reportPresent({"device@3.2/external/1", "device@3.2/external/2"});
-    const wp<RecordingCallback> callback = mFramework;
-    int heard = 0;
-    mFramework->onNotification = [&](const Notification&) {
-        ++heard;
-        mObject->setCallback(nullptr);
-        mFramework.clear();
-        EXPECT_NE(callback.promote(), nullptr);
-    };
-    EXPECT_EQ(withdraw("external/0"), 2u);
-    EXPECT_EQ(heard, 2);
-    EXPECT_EQ(callback.promote(), nullptr);
 }
 
 TEST_F(ServiceDiedTest, AThreadThatCannotBeStartedLeavesTheStandardLibrarysError) {

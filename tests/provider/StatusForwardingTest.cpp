@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The framework's callback and the notifications that pass through the provider object to it.
+// The notifications that pass through the provider object to the framework.
 
 #include <stdio.h>
 
@@ -11,10 +11,7 @@
 namespace orvo::test {
 namespace {
 
-using android::sp;
-using android::wp;
 using android::hardware::Return;
-using android::hardware::camera::provider::V2_4::ICameraProviderCallback;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
@@ -30,109 +27,6 @@ LogLine translated(const std::string& name) {
 
 LogLine active(const std::string& key, const std::string& value) {
     return infoLine("mActiveDevices Key: " + key + ", Value: " + value);
-}
-
-class SetCallbackTest : public ProviderTest {
-  protected:
-    Status setCallback() { return mObject->setCallback(mFramework); }
-
-    size_t registrations(const std::string& name) { return mShims.shim(name)->callbacks().size(); }
-};
-
-TEST_F(SetCallbackTest, TheObjectItselfIsRegisteredWithEveryShim) {
-    makeConnectedObject({"a/0", "b/0"});
-    EXPECT_EQ(setCallback(), Status::OK);
-    EXPECT_EQ(mObject->mCallback, mFramework);
-    const sp<ICameraProviderCallback> object = mObject;
-    EXPECT_THAT(mShims.shim("a/0")->callbacks(), ElementsAre(object));
-    EXPECT_THAT(mShims.shim("b/0")->callbacks(), ElementsAre(object));
-    EXPECT_THAT(mLog.lines(), IsEmpty());
-    EXPECT_THAT(mFramework->notifications(), IsEmpty());
-}
-
-TEST_F(SetCallbackTest, TheServicesThemselvesGetNoCallback) {
-    const sp<ScriptedProvider> service = startService("a/0");
-    makeObject("legacy/0", {"a/0"});
-    mObject->initialize();
-    EXPECT_EQ(setCallback(), Status::OK);
-    EXPECT_THAT(service->callbacks(), IsEmpty());
-}
-
-TEST_F(SetCallbackTest, ShimsAreRegisteredInSetOrderAfterTheCallbackIsStored) {
-    makeConnectedObject({"c/0", "a/0", "b/0"});
-    std::vector<std::string> order;
-    for (const char* name : {"a/0", "b/0", "c/0"}) {
-        mShims.shim(name)->onCall = [&, name](const std::string&) {
-            order.push_back(name);
-            EXPECT_EQ(mObject->mCallback, mFramework);
-            EXPECT_TRUE(activeDevicesAreUnlocked());
-        };
-    }
-    EXPECT_EQ(setCallback(), Status::OK);
-    EXPECT_THAT(order, ElementsAre("a/0", "b/0", "c/0"));
-}
-
-TEST_F(SetCallbackTest, ALaterCallbackReplacesAndReleasesTheEarlierOne) {
-    makeConnectedObject({"a/0"});
-    setCallback();
-    const wp<RecordingCallback> earlier = mFramework;
-    mFramework = new RecordingCallback;
-    EXPECT_EQ(setCallback(), Status::OK);
-    EXPECT_EQ(earlier.promote(), nullptr);
-    EXPECT_EQ(mObject->mCallback, mFramework);
-    EXPECT_EQ(registrations("a/0"), 2u);
-}
-
-TEST_F(SetCallbackTest, AnEmptyCallbackIsStoredLikeAnyOther) {
-    makeConnectedObject({"a/0"});
-    setCallback();
-    EXPECT_EQ(mObject->setCallback(nullptr), Status::OK);
-    EXPECT_EQ(mObject->mCallback, nullptr);
-    EXPECT_EQ(registrations("a/0"), 2u);
-}
-
-TEST_F(SetCallbackTest, WithoutDescriptorsOnlyTheCallbackIsStored) {
-    mMapper->loadSucceeds = false;
-    makeObject("legacy/0", {});
-    EXPECT_EQ(setCallback(), Status::OK);
-    EXPECT_EQ(mObject->mCallback, mFramework);
-    EXPECT_THAT(mLog.lines(), IsEmpty());
-}
-
-TEST_F(SetCallbackTest, ATransportFailureEndsTheRegistration) {
-    recordFault("underlying `setCallback`", "fails in transport",
-                "an error line; answers INTERNAL_ERROR, the later providers are not registered");
-    makeConnectedObject({"a/0", "b/0", "c/0"});
-    mShims.shim("b/0")->setCallbackFails = true;
-    EXPECT_EQ(setCallback(), Status::INTERNAL_ERROR);
-    EXPECT_EQ(mObject->mCallback, mFramework);
-    EXPECT_EQ(registrations("a/0"), 1u);
-    EXPECT_EQ(registrations("b/0"), 1u) << "the failing one was asked";
-    EXPECT_EQ(registrations("c/0"), 0u);
-    EXPECT_THAT(mLog.lines(), ElementsAre(errorLine("Failed to set callback")));
-}
-
-TEST_F(SetCallbackTest, AProviderThatAnswersWithAnErrorStatusCountsAsRegistered) {
-    recordFault("underlying `setCallback`", "answers an error status",
-                "ignored: the provider counts as registered");
-    makeConnectedObject({"a/0", "b/0"});
-    mShims.shim("a/0")->setCallbackStatus = Status::INTERNAL_ERROR;
-    mShims.shim("b/0")->setCallbackStatus = Status::ILLEGAL_ARGUMENT;
-    EXPECT_EQ(setCallback(), Status::OK);
-    EXPECT_EQ(registrations("b/0"), 1u);
-    EXPECT_THAT(mLog.lines(), IsEmpty());
-}
-
-TEST_F(SetCallbackTest, AProviderWithoutAShimIsSkippedWithAWarning) {
-    recordFault("shim creation", "a shim is gone when the callback is set",
-                "a warning; the others are registered, the answer is OK");
-    makeConnectedObject({"a/0", "b/0", "c/0"});
-    mShims.drop("b/0");
-    EXPECT_EQ(setCallback(), Status::OK);
-    EXPECT_EQ(registrations("a/0"), 1u);
-    EXPECT_EQ(registrations("c/0"), 1u);
-    EXPECT_THAT(mLog.lines(),
-                ElementsAre(warningLine("No shim to set the callback on for b/0, skipping it")));
 }
 
 class DeviceStatusTest : public ProviderTest {
@@ -344,6 +238,17 @@ TEST_F(DeviceStatusTest, ThePropertyIsEditedUnderTheLockAndTheFrameworkCalledOut
     EXPECT_THAT(mFramework->notifications(), SizeIs(2));
 }
 
+// The writes come on the thread that holds the lock.
+TEST_F(DeviceStatusTest, TheDeviceIsRecordedBeforeItIsListedAndForgottenAfterItIsUnlisted) {
+    std::vector<std::map<std::string, std::string>> seen;
+    mProperties.onWrite = [&] { seen.push_back(mObject->mActiveDevices); };
+    report("device@3.2/external/1", CameraDeviceStatus::PRESENT);
+    report("device@3.2/external/1", CameraDeviceStatus::NOT_PRESENT);
+    const auto recorded = ElementsAre(Pair("device@3.2/legacy/1", "device@3.2/external/1"));
+    EXPECT_THAT(seen, ElementsAre(recorded, recorded));
+    EXPECT_THAT(activeDevices(), IsEmpty());
+}
+
 TEST_F(DeviceStatusTest, OnlyTheActiveDevicesAreLoggedUnderTheLock) {
     mObject->mCallback = nullptr;
     std::vector<std::string> unlocked;
@@ -390,18 +295,6 @@ TEST_F(DeviceStatusTest, AReportDoesNotWaitForAnotherOnesForwarding) {
     released.set_value();
     first.get();
     EXPECT_THAT(mFramework->notifications(), SizeIs(2));
-}
-
-// The framework registers anew while one notification is inside the old callback.
-TEST_F(DeviceStatusTest, ACallbackLastsUntilItsNotificationIsOver) {
-    const wp<RecordingCallback> callback = mFramework;
-    mFramework->onNotification = [&](const Notification&) {
-        mObject->setCallback(nullptr);
-        mFramework.clear();
-        EXPECT_NE(callback.promote(), nullptr);
-    };
-    EXPECT_TRUE(report("device@3.2/external/1", CameraDeviceStatus::PRESENT).isOk());
-    EXPECT_EQ(callback.promote(), nullptr) << "it is released afterwards";
 }
 
 TEST_F(DeviceStatusTest, ManyProvidersMayReportAtOnce) {

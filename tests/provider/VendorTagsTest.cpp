@@ -119,7 +119,14 @@ TEST_F(VendorTagsTest, TheLastFailureInSetOrderIsAnswered) {
     script("b/0").status = Status::CAMERA_DISCONNECTED;
     get();
     EXPECT_EQ(mStatus, Status::CAMERA_DISCONNECTED);
-    EXPECT_THAT(mLog.lines(), ElementsAre(mFailure, mFailure));
+    EXPECT_THAT(mLog.take(), ElementsAre(mFailure, mFailure));
+
+    // The order counts, and not the numbers of the statuses.
+    script("a/0").status = Status::CAMERA_DISCONNECTED;
+    script("b/0").status = Status::INTERNAL_ERROR;
+    get();
+    EXPECT_EQ(mStatus, Status::INTERNAL_ERROR);
+    EXPECT_THAT(mLog.take(), ElementsAre(mFailure, mFailure));
 }
 
 TEST_F(VendorTagsTest, TheServiceIsAskedAndNotTheShim) {
@@ -144,6 +151,37 @@ TEST_F(VendorTagsTest, AfterAProviderThatDoesNotAnswerTheOthersSectionsMoveUp) {
                                        section("of c"), section("c/0")));
 }
 
+TEST_F(VendorTagsTest, OnlyTheSectionsBehindAProviderThatDoesNotAnswerMoveUp) {
+    connect({"a/0", "b/0", "c/0", "d/0"});
+    script("a/0").value = {section("of a")};
+    script("b/0").answers = 0;
+    script("c/0").value = {section("of c"), section("too")};
+    script("d/0").value = {section("of d")};
+    get();
+    EXPECT_THAT(mSections,
+                ElementsAre(section("a/0"), section("of a"), section("b/0"), section("of c"),
+                            section("too"), section("c/0"), section("of d"), section("d/0")));
+}
+
+TEST_F(VendorTagsTest, ALastProviderThatDoesNotAnswerHasItsMarkerAlone) {
+    connect({"a/0", "b/0"});
+    script("a/0").value = {section("of a")};
+    script("b/0").answers = 0;
+    get();
+    EXPECT_THAT(mSections, ElementsAre(section("a/0"), section("of a"), section("b/0")));
+}
+
+TEST_F(VendorTagsTest, ProvidersThatDoNotAnswerLeaveTheLastPlacesEmpty) {
+    connect({"a/0", "b/0", "c/0", "d/0"});
+    script("a/0").answers = 0;
+    script("b/0").value = {section("of b")};
+    script("c/0").answers = 0;
+    script("d/0").value = {section("of d")};
+    get();
+    EXPECT_THAT(mSections, ElementsAre(section("a/0"), section("of b"), section("b/0"),
+                                       section("of d"), section("c/0"), section("d/0")));
+}
+
 TEST_F(VendorTagsTest, AProviderThatIsNotConnectedIsNotAskedAndTheOthersKeepTheirMarkers) {
     recordFault("underlying `getVendorTags`", "the provider is not connected",
                 "it is not asked; its marker stands alone");
@@ -157,6 +195,44 @@ TEST_F(VendorTagsTest, AProviderThatIsNotConnectedIsNotAskedAndTheOthersKeepThei
     EXPECT_THAT(mSections, ElementsAre(section("a/0"), section("of a"), section("b/0"),
                                        section("c/0"), section("of c")));
     EXPECT_THAT(mLog.lines(), IsEmpty());
+}
+
+TEST_F(VendorTagsTest, SeveralUnconnectedProvidersInARowLeaveTheirMarkersAlone) {
+    connect({"a/0", "b/0", "c/0", "d/0", "e/0", "f/0", "g/0"});
+    for (const char* name : {"a/0", "b/0", "c/0", "e/0", "f/0"}) {
+        descriptor(name)->mProvider = nullptr;
+    }
+    script("d/0").value = {section("of d"), section("too")};
+    script("g/0").value = {section("of g")};
+    get();
+    EXPECT_THAT(mSections,
+                ElementsAre(section("a/0"), section("b/0"), section("c/0"), section("d/0"),
+                            section("of d"), section("too"), section("e/0"), section("f/0"),
+                            section("g/0"), section("of g")));
+}
+
+TEST_F(VendorTagsTest, SectionsMoveUpPastUnconnectedProviders) {
+    connect({"a/0", "b/0", "c/0", "d/0", "e/0"});
+    script("a/0").answers = 0;
+    descriptor("b/0")->mProvider = nullptr;
+    descriptor("c/0")->mProvider = nullptr;
+    script("d/0").value = {section("of d")};
+    script("e/0").value = {section("of e")};
+    get();
+    EXPECT_THAT(mSections,
+                ElementsAre(section("a/0"), section("of d"), section("b/0"), section("c/0"),
+                            section("d/0"), section("of e"), section("e/0")));
+}
+
+TEST_F(VendorTagsTest, AnUnconnectedProviderInFrontOfOneThatDoesNotAnswerGetsNoSections) {
+    connect({"a/0", "b/0", "c/0", "d/0"});
+    descriptor("a/0")->mProvider = nullptr;
+    script("b/0").answers = 0;
+    script("c/0").value = {section("of c")};
+    descriptor("d/0")->mProvider = nullptr;
+    get();
+    EXPECT_THAT(mSections, ElementsAre(section("a/0"), section("b/0"), section("of c"),
+                                       section("c/0"), section("d/0")));
 }
 
 TEST_F(VendorTagsTest, NoConnectedProviderLeavesTheMarkersAlone) {
@@ -258,6 +334,17 @@ TEST_F(VendorTagsTest, AnEarlySecondAnswerTakesTheNextProvidersPlace) {
     get();
     EXPECT_THAT(mSections,
                 ElementsAre(section("a/0"), section("of a"), section("b/0"), section("of a")));
+}
+
+TEST_F(VendorTagsTest, ASecondAnswerTakesThePlaceOfAProviderThatDoesNotAnswer) {
+    connect({"a/0", "b/0"});
+    script("a/0").value = {section("of a")};
+    script("a/0").answers = 2;
+    script("b/0").answers = 0;
+    get();
+    EXPECT_THAT(mSections,
+                ElementsAre(section("a/0"), section("of a"), section("b/0"), section("of a")));
+    EXPECT_THAT(mLog.lines(), IsEmpty());
 }
 
 using VendorTagsDeathTest = VendorTagsTest;

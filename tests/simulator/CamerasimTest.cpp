@@ -2,15 +2,18 @@
 // End-to-end tests of camerasim: the guided tour, its end in every way, and what a user gets wrong.
 
 #include <signal.h>
+#include <string.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <map>
+#include <regex>
 #include <string>
 #include <vector>
 
+#include <android-base/file.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -67,6 +70,32 @@ class CamerasimTest : public ::testing::Test {
     FreshDirectory mTemporary;
     FreshDirectory mDevices;
 };
+
+// What differs from one run to the next.
+std::string withoutDurations(const std::string& text) {
+    return std::regex_replace(text, std::regex("[0-9.]+ (ms|s)\\b"), "DURATION $1");
+}
+
+TEST_F(CamerasimTest, TheReadmeShowsWhatTheGuidedTourPrints) {
+    constexpr char kLeftOut[] = "[...]\n";
+    std::string readme;
+    ASSERT_TRUE(android::base::ReadFileToString(ORVO_README, &readme));
+    const size_t begin = readme.find("A guided tour");
+    const size_t end = readme.find("```", begin);
+    ASSERT_NE(end, std::string::npos);
+    std::string shown = withoutDurations(readme.substr(begin, end - begin));
+
+    const std::string printed = withoutDurations(runProgram(tour(), environment()).out);
+    size_t position = 0;
+    while (!shown.empty()) {
+        const std::string excerpt = shown.substr(0, shown.find(kLeftOut));
+        shown.erase(0, excerpt.size() + strlen(kLeftOut));
+        position = printed.find(excerpt, position);
+        ASSERT_NE(position, std::string::npos)
+                << excerpt << "is not what is printed now; bring README.md up to date";
+        position += excerpt.size();
+    }
+}
 
 TEST_F(CamerasimTest, TheGuidedTourIsAsExpectedAndLeavesNothing) {
     const ProgramEnd end = runProgram(tour(), environment());

@@ -90,6 +90,38 @@ TEST_P(DeviceRecoveryTest, TheServiceEndsWhenAProviderComesBackToADeadFramework)
     expectReadable(kVirtualCameras);
 }
 
+/** The shim of a dead provider stays until it is connected again, and its failure is not looked at.
+ */
+TEST_P(DeviceRecoveryTest, TheServiceEndsWhenCamerasAreListedWhileAProviderIsDead) {
+    endProvider(kExternal);
+    ASSERT_TRUE(logs("Notified framework about 2/2 devices from dead provider external\n"));
+    EXPECT_FALSE(mFramework->cameraIdList().arrived());
+    ASSERT_TRUE(mService->awaitEnd(kPatience));
+    EXPECT_EQ(kAborted, mService->end());
+
+    ASSERT_NO_FATAL_FAILURE(restartService());
+    ASSERT_NO_FATAL_FAILURE(registerFramework());
+    expectReadable(kVirtualCameras);
+}
+
+/** The provider object hands a failure back, and the stub that would send it ends the process. */
+TEST_P(DeviceRecoveryTest, TheServiceEndsWhenACallIsHandedOnToADeadProvider) {
+    endProvider(kExternal);
+    ASSERT_TRUE(logs("Notified framework about 2/2 devices from dead provider external\n"));
+    EXPECT_FALSE(mFramework->isTorchSupported().arrived());
+    ASSERT_TRUE(mService->awaitEnd(kPatience));
+    EXPECT_EQ(kAborted, mService->end());
+}
+
+/** A dead provider has no service to ask for tags, so it is left out. */
+TEST_P(DeviceRecoveryTest, TheServiceAnswersForVendorTagsWhileAProviderIsDead) {
+    endProvider(kExternal);
+    ASSERT_TRUE(logs("Notified framework about 2/2 devices from dead provider external\n"));
+    const auto tags = mFramework->vendorTags();
+    EXPECT_TRUE(tags.arrived()) << tags.failure;
+    EXPECT_TRUE(mService->isRunning());
+}
+
 /** Nothing clears the id properties: neither the end of the service nor its start. */
 TEST_P(DeviceRecoveryTest, TheIdPropertiesOutliveTheServiceAndGrowBehindWhatTheyHeld) {
     tellToEnd(RunningDevice::kService);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Storm: the calm, in which the device must be as the model says.
 
+#include <unistd.h>
+
 #include <algorithm>
 
 #include <android-base/strings.h>
@@ -249,14 +251,14 @@ void Storm::compareChildren() {
         EXPECT_TRUE(pid) << program << " does not run";
         if (pid) running.insert(*pid);
     }
-    EXPECT_EQ(running, childrenOfThisProcess());
+    EXPECT_EQ(running, childrenOf(getpid()));
 }
 
 void Storm::end() {
     mCaller.pause();
     mFramework.reset();
     EXPECT_THAT(mDevice.shutDown(), ElementsAreArray(std::vector<std::string>()));
-    EXPECT_THAT(childrenOfThisProcess(), ElementsAreArray(std::vector<pid_t>()));
+    EXPECT_THAT(childrenOf(getpid()), ElementsAreArray(std::vector<pid_t>()));
 }
 
 }  // namespace orvo::simulator::testing

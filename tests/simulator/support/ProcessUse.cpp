@@ -42,7 +42,8 @@ pid_t parentOf(const std::filesystem::path& process) {
 
 ProcessUse ProcessUse::of(pid_t process) {
     const std::string directory = "/proc/" + std::to_string(process);
-    return {entriesOf(directory + "/task"), entriesOf(directory + "/fd")};
+    const size_t pipes = 2 * childrenOf(process).size();
+    return {entriesOf(directory + "/task"), entriesOf(directory + "/fd") - pipes};
 }
 
 std::ostream& operator<<(std::ostream& out, const ProcessUse& use) {
@@ -58,13 +59,13 @@ ProcessUse awaitUse(pid_t process, const ProcessUse& wanted, std::chrono::millis
     }
 }
 
-std::set<pid_t> childrenOfThisProcess() {
+std::set<pid_t> childrenOf(pid_t parent) {
     std::set<pid_t> children;
     std::error_code failure;
     for (const auto& entry : std::filesystem::directory_iterator("/proc", failure)) {
         const std::string name = entry.path().filename();
         if (name.find_first_not_of("0123456789") != std::string::npos) continue;
-        if (parentOf(entry.path()) == getpid()) children.insert(std::stoi(name));
+        if (parentOf(entry.path()) == parent) children.insert(std::stoi(name));
     }
     return children;
 }

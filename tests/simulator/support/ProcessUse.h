@@ -13,6 +13,7 @@ namespace orvo::simulator::testing {
 
 struct ProcessUse {
     size_t threads = 0;
+    /** Without the two pipes to each program that it started, such as a sanitizer's symbolizer. */
     size_t descriptors = 0;
 
     static ProcessUse of(pid_t process);
@@ -34,7 +35,7 @@ std::ostream& operator<<(std::ostream& out, const ProcessUse& use);
 ProcessUse awaitUse(pid_t process, const ProcessUse& wanted,
                     std::chrono::milliseconds patience = std::chrono::seconds(10));
 
-/** Processes whose parent is this one; such as have ended and were not waited for count too. */
-std::set<pid_t> childrenOfThisProcess();
+/** Processes whose parent is that one; such as have ended and were not waited for count too. */
+std::set<pid_t> childrenOf(pid_t parent);
 
 }  // namespace orvo::simulator::testing

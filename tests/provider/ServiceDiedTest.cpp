@@ -152,12 +152,11 @@ TEST_F(ServiceDiedTest, TheFrameworkIsToldWithoutTheLockAndAfterAllDevicesAreFor
     EXPECT_THAT(mFramework->notifications(), SizeIs(4));
 }
 
-// The writes come on the thread that holds the lock.
 TEST_F(ServiceDiedTest, EachDeviceIsUnlistedBeforeItIsForgotten) {
     connect({"external/0"});
     reportPresent({"device@3.2/external/1", "device@3.2/external/2"});
     std::vector<std::map<std::string, std::string>> seen;
-    mProperties.onWrite = [&] { seen.push_back(mObject->mActiveDevices); };
+    mProperties.onWrite = [&] { seen.push_back(lockedActiveDevices()); };
     die("external/0");
     const auto first = Pair("device@3.2/legacy/1", "device@3.2/external/1");
     const auto second = Pair("device@3.2/legacy/2", "device@3.2/external/2");

@@ -238,10 +238,9 @@ TEST_F(DeviceStatusTest, ThePropertyIsEditedUnderTheLockAndTheFrameworkCalledOut
     EXPECT_THAT(mFramework->notifications(), SizeIs(2));
 }
 
-// The writes come on the thread that holds the lock.
 TEST_F(DeviceStatusTest, TheDeviceIsRecordedBeforeItIsListedAndForgottenAfterItIsUnlisted) {
     std::vector<std::map<std::string, std::string>> seen;
-    mProperties.onWrite = [&] { seen.push_back(mObject->mActiveDevices); };
+    mProperties.onWrite = [&] { seen.push_back(lockedActiveDevices()); };
     report("device@3.2/external/1", CameraDeviceStatus::PRESENT);
     report("device@3.2/external/1", CameraDeviceStatus::NOT_PRESENT);
     const auto recorded = ElementsAre(Pair("device@3.2/legacy/1", "device@3.2/external/1"));

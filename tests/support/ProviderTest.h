@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include <android-base/thread_annotations.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -61,6 +62,10 @@ class ProviderTest : public ::testing::Test {
     void reportPresent(const std::vector<std::string>& providerDeviceNames);
     /** A copy of mObject's active devices. */
     std::map<std::string, std::string> activeDevices();
+    /** As activeDevices(), for a hook on the thread that holds mActiveDevicesMutex. */
+    std::map<std::string, std::string> lockedActiveDevices() NO_THREAD_SAFETY_ANALYSIS {
+        return mObject->mActiveDevices;
+    }
     /** True when no thread holds mActiveDevicesMutex. Callable on any thread. */
     bool activeDevicesAreUnlocked();
 

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // The documents say what the sources do: every line that is logged, every function that is named.
 
+#include <filesystem>
 #include <regex>
 #include <set>
 #include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -62,6 +64,44 @@ TEST(DeviceDocumentTest, ListsEveryLineThatEndsTheProcess) {
     EXPECT_EQ(listed, expected);
 }
 
+TEST(DeviceDocumentTest, EveryFileThatGoesSomewhereIsThere) {
+    static const std::regex kRow(R"re(\n\| `([^`]+)` \|)re");
+    const std::string text = section(sourceText(kDeviceDocument), "What goes where");
+    size_t files = 0;
+    for (std::sregex_iterator it(text.begin(), text.end(), kRow), end; it != end; ++it, ++files) {
+        EXPECT_TRUE(std::filesystem::exists(ORVO_SOURCE_DIR "/" + (*it)[1].str())) << (*it)[1];
+    }
+    EXPECT_GE(files, 8u);
+}
+
+class MakeTest : public ::testing::TestWithParam<std::string> {};
+
+TEST_P(MakeTest, HasEveryTargetThatTheDocumentNames) {
+    static const std::regex kCommand(R"re((?:`|\n    )(?:[A-Z_]+=\S+ )*make ([a-z0-9]+))re");
+    const std::string makefile = sourceText("Makefile");
+    const std::string text = sourceText(GetParam());
+    for (std::sregex_iterator it(text.begin(), text.end(), kCommand), end; it != end; ++it) {
+        EXPECT_THAT(makefile, HasSubstr("\n" + (*it)[1].str() + ": ")) << "make " << (*it)[1];
+    }
+}
+
+std::vector<std::string> allDocuments() {
+    const std::filesystem::path root = ORVO_SOURCE_DIR;
+    std::vector<std::string> documents = {"README.md", "CONTRIBUTING.md", "fuzz/README.md"};
+    for (const auto& entry : std::filesystem::directory_iterator(root / "docs")) {
+        if (entry.path().extension() == ".md") {
+            documents.push_back(entry.path().lexically_relative(root));
+        }
+    }
+    return documents;
+}
+
+std::string testName(const ::testing::TestParamInfo<std::string>& info) {
+    return std::regex_replace(info.param, std::regex("[^A-Za-z]"), "");
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, MakeTest, ::testing::ValuesIn(allDocuments()), testName);
+
 class FunctionsTest : public ::testing::TestWithParam<std::string> {};
 
 TEST_P(FunctionsTest, EveryFunctionThatTheDocumentNamesExists) {
@@ -81,10 +121,7 @@ TEST_P(FunctionsTest, EveryFunctionThatTheDocumentNamesExists) {
 INSTANTIATE_TEST_SUITE_P(Documents, FunctionsTest,
                          ::testing::Values("docs/architecture.md", "docs/device.md",
                                            "CONTRIBUTING.md"),
-                         [](const auto& info) {
-                             std::string name = info.param;
-                             return std::regex_replace(name, std::regex("[^A-Za-z]"), "");
-                         });
+                         testName);
 
 TEST(ChangelogTest, TellsOfTheVersionThatIsBuilt) {
     EXPECT_THAT(sourceText("CHANGELOG.md"), HasSubstr("\n## [" ORVO_VERSION "]"));

@@ -7,6 +7,8 @@
 
 #include <android-base/unique_fd.h>
 
+#include "ParcelMessage.h"
+
 namespace orvo::fuzz {
 
 using android::hardware::transport::ParcelContents;
@@ -63,32 +65,14 @@ void fillBinder(const KnownObject& known, ByteSource& source, wire::BinderRef::B
 
 void fillParcel(const ParcelContents& contents, const KnownObject& known, ByteSource& source,
                 wire::Parcel::Builder parcel) {
-    parcel.setFlat(kj::arrayPtr(contents.flat.data(), contents.flat.size()));
-    auto objects = parcel.initObjects(contents.objects.size());
-    for (size_t i = 0; i < contents.objects.size(); i++) {
-        const ParcelObject& object = contents.objects[i];
-        wire::Object::Builder builder = objects[i];
-        builder.setPosition(object.position);
-        if (object.embedding) {
-            builder.setEmbedded(true);
-            builder.setParent(object.embedding->parent);
-            builder.setParentOffset(object.embedding->offset);
-        }
-        switch (object.kind) {
-            case ParcelObject::Kind::NULL_BUFFER:
-                builder.setNull();
-                break;
-            case ParcelObject::Kind::BUFFER:
-                builder.setBuffer(
-                        kj::arrayPtr(static_cast<const kj::byte*>(object.buffer), object.length));
-                break;
-            case ParcelObject::Kind::HANDLE:
-                fillHandle(object.handle, source, builder.initHandle());
-                break;
-            case ParcelObject::Kind::BINDER:
-                fillBinder(known, source, builder.initBinder());
-        }
-    }
+    android::hardware::transport::encodeParcel(
+            contents, parcel,
+            [&source](const native_handle_t* handle, wire::Handle::Builder builder) {
+                fillHandle(handle, source, builder);
+            },
+            [&](const ParcelObject&, wire::BinderRef::Builder ref) {
+                fillBinder(known, source, ref);
+            });
 }
 
 }  // namespace orvo::fuzz

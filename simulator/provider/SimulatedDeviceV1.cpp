@@ -13,7 +13,6 @@ using android::sp;
 using android::hardware::hidl_vec;
 using android::hardware::Return;
 using android::hardware::Void;
-using android::hardware::camera::common::V1_0::CameraResourceCost;
 using android::hardware::camera::device::V1_0::CameraFacing;
 using android::hardware::camera::device::V1_0::CameraInfo;
 using vendor::orvo::simulator::V1_0::Operation;
@@ -49,24 +48,14 @@ SimulatedDeviceV1::Status SimulatedDeviceV1::whileOpen(Status status) const {
 }
 
 Return<void> SimulatedDeviceV1::getResourceCost(getResourceCost_cb _hidl_cb) {
-    const auto scripted = mCameras->script().onCall(Operation::DEVICE_GET_RESOURCE_COST);
-    const Status status = scripted ? scripted->status : mCameras->checkPlugged(mName, mPlug);
-    CameraResourceCost cost{};
-    if (scripted ? scripted->withData : status == Status::OK) {
-        const CameraDescription& camera = mCameras->describe(mName);
-        cost.resourceCost = camera.resourceCost;
-        cost.conflictingDevices =
-                hidl_vec<hidl_string>(camera.conflicts.begin(), camera.conflicts.end());
-    }
-    _hidl_cb(status, cost);
+    answerResourceCost(identity(), _hidl_cb);
     return Void();
 }
 
 Return<void> SimulatedDeviceV1::getCameraInfo(getCameraInfo_cb _hidl_cb) {
-    const auto scripted = mCameras->script().onCall(Operation::DEVICE_GET_CHARACTERISTICS);
-    const Status status = scripted ? scripted->status : mCameras->checkPlugged(mName, mPlug);
+    const auto [status, withData] = statusOf(identity(), Operation::DEVICE_GET_CHARACTERISTICS);
     CameraInfo info{};
-    if (scripted ? scripted->withData : status == Status::OK) {
+    if (withData) {
         const CameraDescription& camera = mCameras->describe(mName);
         info.facing = platformFacing(camera.facing);
         info.orientation = camera.orientation;
@@ -76,13 +65,7 @@ Return<void> SimulatedDeviceV1::getCameraInfo(getCameraInfo_cb _hidl_cb) {
 }
 
 Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::setTorchMode(TorchMode mode) {
-    const auto scripted = mCameras->script().onCall(Operation::DEVICE_SET_TORCH_MODE);
-    if (scripted && !scripted->withData) return scripted->status;
-    if (mode != TorchMode::OFF && mode != TorchMode::ON) {
-        return scripted ? scripted->status : Status::ILLEGAL_ARGUMENT;
-    }
-    const Status status = mCameras->setTorchMode(mName, mPlug, mode == TorchMode::ON);
-    return scripted ? scripted->status : status;
+    return answerTorchMode(identity(), mode);
 }
 
 Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::dumpState(const hidl_handle& fd) {

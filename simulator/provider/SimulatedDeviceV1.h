@@ -9,6 +9,7 @@
 
 #include <android/hardware/camera/device/1.0/ICameraDevice.h>
 
+#include "simulator/provider/DeviceAnswers.h"
 #include "simulator/provider/SimulatedCameras.h"
 
 namespace orvo::simulator {
@@ -66,6 +67,7 @@ class SimulatedDeviceV1 : public android::hardware::camera::device::V1_0::ICamer
     Return<void> close() override;
 
   private:
+    DeviceIdentity identity() const { return {*mCameras, mName, mPlug}; }
     /** `status` while this object has the camera open, else INTERNAL_ERROR. */
     Status whileOpen(Status status) const;
 

@@ -20,7 +20,6 @@ using android::hardware::hidl_vec;
 using android::hardware::MQDescriptorSync;
 using android::hardware::Return;
 using android::hardware::Void;
-using android::hardware::camera::common::V1_0::CameraResourceCost;
 using android::hardware::camera::device::V3_2::CameraMetadata;
 using android::hardware::camera::device::V3_2::HalStreamConfiguration;
 using vendor::orvo::simulator::V1_0::Operation;
@@ -30,24 +29,14 @@ SimulatedDeviceV3::SimulatedDeviceV3(std::shared_ptr<SimulatedCameras> cameras, 
     : mCameras(std::move(cameras)), mName(std::move(name)), mPlug(plug) {}
 
 Return<void> SimulatedDeviceV3::getResourceCost(getResourceCost_cb _hidl_cb) {
-    const auto scripted = mCameras->script().onCall(Operation::DEVICE_GET_RESOURCE_COST);
-    const Status status = scripted ? scripted->status : mCameras->checkPlugged(mName, mPlug);
-    CameraResourceCost cost{};
-    if (scripted ? scripted->withData : status == Status::OK) {
-        const CameraDescription& camera = mCameras->describe(mName);
-        cost.resourceCost = camera.resourceCost;
-        cost.conflictingDevices =
-                hidl_vec<hidl_string>(camera.conflicts.begin(), camera.conflicts.end());
-    }
-    _hidl_cb(status, cost);
+    answerResourceCost(identity(), _hidl_cb);
     return Void();
 }
 
 Return<void> SimulatedDeviceV3::getCameraCharacteristics(getCameraCharacteristics_cb _hidl_cb) {
-    const auto scripted = mCameras->script().onCall(Operation::DEVICE_GET_CHARACTERISTICS);
-    const Status status = scripted ? scripted->status : mCameras->checkPlugged(mName, mPlug);
+    const auto [status, withData] = statusOf(identity(), Operation::DEVICE_GET_CHARACTERISTICS);
     CameraMetadata characteristics;
-    if (scripted ? scripted->withData : status == Status::OK) {
+    if (withData) {
         characteristics = mCameras->describe(mName).characteristics;
     }
     _hidl_cb(status, characteristics);
@@ -55,13 +44,7 @@ Return<void> SimulatedDeviceV3::getCameraCharacteristics(getCameraCharacteristic
 }
 
 Return<SimulatedDeviceV3::Status> SimulatedDeviceV3::setTorchMode(TorchMode mode) {
-    const auto scripted = mCameras->script().onCall(Operation::DEVICE_SET_TORCH_MODE);
-    if (scripted && !scripted->withData) return scripted->status;
-    if (mode != TorchMode::OFF && mode != TorchMode::ON) {
-        return scripted ? scripted->status : Status::ILLEGAL_ARGUMENT;
-    }
-    const Status status = mCameras->setTorchMode(mName, mPlug, mode == TorchMode::ON);
-    return scripted ? scripted->status : status;
+    return answerTorchMode(identity(), mode);
 }
 
 Return<void> SimulatedDeviceV3::open(const sp<Callback>& callback, open_cb _hidl_cb) {

@@ -10,6 +10,7 @@
 #include <android/hardware/camera/device/3.2/ICameraDevice.h>
 #include <android/hardware/camera/device/3.2/ICameraDeviceSession.h>
 
+#include "simulator/provider/DeviceAnswers.h"
 #include "simulator/provider/SimulatedCameras.h"
 
 namespace orvo::simulator {
@@ -32,6 +33,7 @@ class SimulatedDeviceV3 : public android::hardware::camera::device::V3_2::ICamer
     Return<void> dumpState(const android::hardware::hidl_handle& fd) override;
 
   private:
+    DeviceIdentity identity() const { return {*mCameras, mName, mPlug}; }
     const std::shared_ptr<SimulatedCameras> mCameras;
     const std::string mName;
     const uint64_t mPlug;

@@ -8,6 +8,7 @@
 #include "Connection.h"
 #include "Endpoint.h"
 #include "LocalObject.h"
+#include "ParcelMessage.h"
 #include "Sockets.h"
 
 namespace android {
@@ -28,15 +29,17 @@ class DescriptorServer final : public wire::Descriptor::Server {
     const base::unique_fd mFd;
 };
 
-void encodeHandle(const native_handle_t& handle, wire::Handle::Builder builder) {
-    auto descriptors = builder.initDescriptors(handle.numFds);
-    for (int i = 0; i < handle.numFds; i++) {
-        const int copy = fcntl(handle.data[i], F_DUPFD_CLOEXEC, 0);
+void encodeHandle(const native_handle_t* handle, wire::Handle::Builder builder) {
+    builder.setPresent(handle != nullptr);
+    if (handle == nullptr) return;
+    auto descriptors = builder.initDescriptors(handle->numFds);
+    for (int i = 0; i < handle->numFds; i++) {
+        const int copy = fcntl(handle->data[i], F_DUPFD_CLOEXEC, 0);
         KJ_REQUIRE(copy >= 0, "no descriptor left", strerror(errno));
         descriptors.set(i, kj::heap<DescriptorServer>(copy));
     }
-    auto ints = builder.initInts(handle.numInts);
-    for (int i = 0; i < handle.numInts; i++) ints.set(i, handle.data[handle.numFds + i]);
+    auto ints = builder.initInts(handle->numInts);
+    for (int i = 0; i < handle->numInts; i++) ints.set(i, handle->data[handle->numFds + i]);
 }
 
 /** The handle, with -1 for each descriptor; those follow. Throws if it is too large. */
@@ -140,36 +143,10 @@ void Endpoint::encode(const sp<IBinder>& binder, Connection& to, wire::BinderRef
 
 void Endpoint::encode(const ParcelContents& contents, Connection& to,
                       wire::Parcel::Builder parcel) {
-    parcel.setFlat(kj::arrayPtr(contents.flat.data(), contents.flat.size()));
-    auto objects = parcel.initObjects(contents.objects.size());
-    for (size_t i = 0; i < contents.objects.size(); i++) {
-        const ParcelObject& object = contents.objects[i];
-        wire::Object::Builder builder = objects[i];
-        builder.setPosition(object.position);
-        if (object.embedding) {
-            builder.setEmbedded(true);
-            builder.setParent(object.embedding->parent);
-            builder.setParentOffset(object.embedding->offset);
-        }
-        switch (object.kind) {
-            case ParcelObject::Kind::NULL_BUFFER:
-                builder.setNull();
-                break;
-            case ParcelObject::Kind::BUFFER:
-                builder.setBuffer(
-                        kj::arrayPtr(static_cast<const kj::byte*>(object.buffer), object.length));
-                break;
-            case ParcelObject::Kind::HANDLE: {
-                auto handle = builder.initHandle();
-                handle.setPresent(object.handle != nullptr);
-                if (object.handle != nullptr) encodeHandle(*object.handle, handle);
-                break;
-            }
-            case ParcelObject::Kind::BINDER:
-                encode(object.binder, to, builder.initBinder());
-                break;
-        }
-    }
+    encodeParcel(contents, parcel, encodeHandle,
+                 [this, &to](const ParcelObject& object, wire::BinderRef::Builder ref) {
+                     encode(object.binder, to, ref);
+                 });
 }
 
 sp<BpHwBinder> Endpoint::newProxy(const std::string& address, uint64_t id,

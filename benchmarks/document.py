@@ -31,7 +31,7 @@ OPERATIONS = {
     "torchModeStatusChange": ("active devices", "two lines, the framework's name, the call"),
     "death of a provider": (
         "active devices of it",
-        "the walk over all active devices, one edit of the property and one call for each, the "
+        "the walk over all active devices, a copy of the name, one edit of the property and one call for each, the "
         "lines, a thread, and the reconnection, whose pause takes no time here"),
     "loading a map file": (
         "entries",
@@ -152,7 +152,7 @@ def text(report):
     reconnected = report.reconnection
     return f"""# What every call costs
 
-Written by `make bench` from a real run on this machine:
+Written by `make bench` from a real run on the machine below:
 
 {_table(("", ""), [(key, value) for key, value in machine.items()])}
 Every operation is measured twice: as the library does it, and as its *floor* does, which is written
@@ -162,8 +162,9 @@ and then dropped. Tests hold both sides to the same calls, log lines, property w
 the same order.
 
 Times are those of the processor: medians of interleaved runs in one process. They still wander with
-whatever else the machine does. Instructions are counted by callgrind and allocations by a counter in front of the C library's
-allocator; both are the same in every run but for what threads and addresses bring in.
+whatever else the machine does. Instructions are counted by callgrind and allocations by a counter in
+front of the C library's allocator; both are the same in every run but for what threads and addresses
+bring in.
 
 ## The operations
 

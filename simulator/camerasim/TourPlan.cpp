@@ -92,6 +92,12 @@ Result<void> planProviders(const DeviceDescription& device, TourPlan* plan) {
                    << "one such as <instance replace=\"external/0\">legacy/0</instance>";
 }
 
+std::string namesBehind(const TourPlan& plan) {
+    std::string names;
+    for (const ProviderDescription& provider : plan.behind) names += " " + provider.instance;
+    return names;
+}
+
 Result<void> planCameras(TourPlan* plan) {
     std::optional<TourCamera> lit, plugged;
     for (const ProviderDescription& provider : plan->behind) {
@@ -109,9 +115,11 @@ Result<void> planCameras(TourPlan* plan) {
         }
     }
     if (!lit) {
-        return Error() << "the tour opens a camera behind " << plan->aggregator
-                       << " that is of version 3, present and reported, with a flash; describe one"
-                       << " with 'flash: true', and 'reportsBuiltIn: true' for its provider";
+        return Error()
+               << "the tour opens a camera behind " << plan->aggregator
+               << " that is of version 3, present and reported, with a flash; describe one"
+               << " with 'flash: true', and 'reportsBuiltIn: true' for its provider; the map"
+               << " has behind it:" << namesBehind(*plan);
     }
     if (!plugged) {
         return Error() << "the tour plugs in a camera behind " << plan->aggregator

@@ -257,7 +257,9 @@ TEST_F(CamerasimTest, ADeviceWithoutACameraToLightIsRefused) {
             runProgram(
                     tour({changedDevice("providers/external.yaml", "flash: true", "flash: false")}),
                     environment()),
-            "describe one with 'flash: true'");
+            "describe one with 'flash: true', and 'reportsBuiltIn: true' for its provider; the map "
+            "has "
+            "behind it: external/0 virtual/0");
 }
 
 TEST_F(CamerasimTest, ADeviceWithoutACameraToPlugInIsRefused) {

@@ -46,12 +46,13 @@ YAML::Node DescriptionReader::load() {
     struct stat info;
     if (stat(mFile.c_str(), &info) == 0 && !S_ISREG(info.st_mode) && !S_ISDIR(info.st_mode)) {
         // A device or a pipe may have no end.
-        mError = mFile + ": is not a file; give one with a description";
+        mError = onOneLine(mFile) + ": is not a file; give one with a description";
         return YAML::Node(YAML::NodeType::Undefined);
     }
     std::string content;
     if (!android::base::ReadFileToString(mFile, &content)) {
-        mError = mFile + ": cannot be read (" + strerror(errno) + "); give a file that is there";
+        mError = onOneLine(mFile) + ": cannot be read (" + strerror(errno) +
+                 "); give a file that is there";
         return YAML::Node(YAML::NodeType::Undefined);
     }
     YAML::Node root;
@@ -194,7 +195,8 @@ void DescriptionReader::fail(const YAML::Node& node, const std::string& message)
 void DescriptionReader::failAtLine(int line, const std::string& message) {
     if (mError) return;
     // yaml-cpp counts from 0, and from -1 where it knows no place.
-    mError = mFile + ":" + std::to_string(line < 0 ? 1 : line + 1) + ": " + onOneLine(message);
+    mError = onOneLine(mFile) + ":" + std::to_string(line < 0 ? 1 : line + 1) + ": " +
+             onOneLine(message);
 }
 
 }  // namespace orvo::simulator

@@ -12,6 +12,7 @@
 #include <set>
 
 #include "simulator/description/DescriptionReader.h"
+#include "simulator/description/OneLine.h"
 #include "simulator/description/ProviderDescription.h"
 
 namespace orvo::simulator {
@@ -52,13 +53,13 @@ Result<std::vector<ProviderProgram>> readProviders(DescriptionReader& reader,
 Result<DeviceDescription> DeviceDescription::read(const std::string& directory) {
     char absolute[PATH_MAX];
     if (realpath(directory.c_str(), absolute) == nullptr || !isDirectory(absolute)) {
-        return Error() << "there is no device directory '" << directory
+        return Error() << "there is no device directory '" << onOneLine(directory)
                        << "'; give a directory that holds a device.yaml";
     }
     DeviceDescription device;
     device.directory = absolute;
     if (!isDirectory(device.vendorTree())) {
-        return Error() << "the device directory '" << device.directory
+        return Error() << "the device directory '" << onOneLine(device.directory)
                        << "' has no vendor tree; add a directory 'vendor'";
     }
     DescriptionReader reader(device.directory + "/device.yaml");

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Arrays, versions, enums, sizes, and how values are printed.
 
+#include <algorithm>
 #include <array>
+#include <iterator>
+#include <new>
 #include <tuple>
 #include <utility>
 
@@ -33,6 +36,27 @@ using namespace android::hardware;
 using android::sp;
 using android::hardware::details::hidl_pointer;
 using android::hardware::details::toHexString;
+
+/** What an object of that type leaves of the bytes that were in its place before. */
+template <typename T, typename... Arguments>
+size_t bytesLeftBehind(const Arguments&... arguments) {
+    constexpr unsigned char kBefore = 0xA5;
+    alignas(T) unsigned char place[sizeof(T)];
+    std::fill(std::begin(place), std::end(place), kBefore);
+    T* const object = new (place) T(arguments...);
+    const size_t left = std::count(std::begin(place), std::end(place), kBefore);
+    object->~T();
+    return left;
+}
+
+/** They are sent to other processes as they are. */
+TEST(HidlLayoutTest, NothingOfWhatWasThereBeforeStaysInAnObject) {
+    EXPECT_EQ(0u, bytesLeftBehind<hidl_string>("text"));
+    EXPECT_EQ(0u, bytesLeftBehind<hidl_string>());
+    EXPECT_EQ(0u, bytesLeftBehind<hidl_vec<hidl_string>>());
+    EXPECT_EQ(0u, bytesLeftBehind<hidl_handle>());
+    EXPECT_EQ(0u, bytesLeftBehind<hidl_memory>());
+}
 
 TEST(HidlLayoutTest, SizesAreTheSameInEveryProcess) {
     EXPECT_EQ(16u, sizeof(hidl_string));

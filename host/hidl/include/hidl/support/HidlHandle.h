@@ -48,6 +48,8 @@ class hidl_handle {
 
     details::hidl_pointer<const native_handle_t> mHandle;
     bool mOwnsHandle;
+    // Sent to other processes as it is in memory: without a name, these would be what was there.
+    [[maybe_unused]] uint8_t mPad[7] = {};
 };
 
 /** A piece of shared memory that a mapper of that name knows how to map. */

@@ -57,6 +57,8 @@ class hidl_string {
     details::hidl_pointer<const char> mBuffer;
     uint32_t mSize;
     bool mOwnsBuffer;
+    // Sent to other processes as it is in memory: without a name, these would be what was there.
+    [[maybe_unused]] uint8_t mPad[3] = {};
 };
 
 /** All comparisons stop at the first NUL. */

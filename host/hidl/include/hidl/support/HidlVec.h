@@ -148,6 +148,8 @@ class hidl_vec {
     details::hidl_pointer<T> mBuffer;
     uint32_t mSize;
     bool mOwnsBuffer;
+    // Sent to other processes as it is in memory: without a name, these would be what was there.
+    [[maybe_unused]] uint8_t mPad[3] = {};
 };
 
 }  // namespace hardware

@@ -68,11 +68,13 @@ lint: setup ## check layout, formatting and static analysis
 	@cmake --preset clang >build/clang.configure.log 2>&1 || { cat build/clang.configure.log; exit 1; }
 	@tools/lint.sh build/clang
 
-# The unit tests of provider/ and mapper/, and those of host/ that talk to no other process.
+# The unit tests of provider/ and mapper/, those of host/ that talk to no other process, and two that
+# do, for what a message carries.
 UNIT_TESTS = mapper_tests provider_tests provider_device_map_tests provider_entry_point_tests \
 	provider_library_tests
 HOST_UNIT_TESTS = property_test vintf_manifest_test service_registry_test hidl_base_test \
-	hidl_transport_test hidl_interfaces_test parcel_test provider_shim_test
+	hidl_transport_test hidl_interfaces_test parcel_test provider_shim_test passthrough_test \
+	malformed_message_test
 
 coverage: setup ## say which lines of provider/ and mapper/ the tests run; fail on one they do not
 	@cmake --preset coverage >build/coverage.configure.log 2>&1 || \

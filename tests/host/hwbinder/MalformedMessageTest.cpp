@@ -155,7 +155,8 @@ TEST_F(CraftedCallTest, ObjectsThatDoNotFitTogetherAreRefused) {
             [](wire::Object::Builder object) { object.setPosition(1000000); },
             [](wire::Object::Builder object) { object.setPosition(2); },
             [](wire::Object::Builder object) {
-                object.setBuffer(kj::heapArray<kj::byte>(8));
+                constexpr kj::byte kNoPointer[8] = {};
+                object.setBuffer(kj::arrayPtr(kNoPointer, sizeof(kNoPointer)));
                 object.setEmbedded(true);
                 object.setParent(0);
             },

@@ -101,6 +101,7 @@ TEST_P(DeviceRecoveryTest, TheServiceEndsWhenCamerasAreListedWhileAProviderIsDea
 
     ASSERT_NO_FATAL_FAILURE(restartService());
     ASSERT_NO_FATAL_FAILURE(registerFramework());
+    EXPECT_TRUE(hearsAll(kVirtualCameras, Device::PRESENT, 0));
     expectReadable(kVirtualCameras);
 }
 

@@ -51,7 +51,8 @@ session() {
     echo '```'
 }
 
-# What differs from one run to the next becomes a word, and columns lose their widths.
+# What differs from one run to the next becomes a word, and columns lose their widths. Where a process
+# takes long to start, the library looks for it more than once.
 normalised() {
     sed -E \
         -e 's#/[^ ]*camerasim\.[A-Za-z0-9]{6}#ROOT#g' \
@@ -61,6 +62,7 @@ normalised() {
         -e 's/(process|hung,) [0-9]+/\1 PID/g' \
         -e 's/ [0-9]{2,7} +(yes|no) / PID \1 /' \
         -e 's/ [0-9]+ +DURATION +ROOT/ PID DURATION ROOT/' \
+        -e 's/attempt [0-9]+/attempt N/' -e '/Failed to get service /d' \
         -e 's/ +/ /g' -e 's/ $//'
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What is wrong with entries that the library accepts.
 
-
 #include "tests/mapcheck/MapCheckTest.h"
 
 namespace orvo::test {

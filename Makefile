@@ -49,7 +49,7 @@ FUZZ_SECONDS ?= 60
 
 asan: ## build with the address, leak and undefined behaviour sanitizers and run all tests
 	@$(MAKE) --no-print-directory build PRESET=asan BUILD=build/asan
-	@ctest --test-dir build/asan --output-on-failure -j $(JOBS)
+	@ctest --test-dir build/asan --output-on-failure -j $(JOBS) $(CTEST_OPTIONS)
 
 tsan: ## build with the thread sanitizer and run all tests
 	@$(MAKE) --no-print-directory build PRESET=tsan BUILD=build/tsan

@@ -31,7 +31,8 @@ OPERATIONS = {
     "torchModeStatusChange": ("active devices", "two lines, the framework's name, the call"),
     "death of a provider": (
         "active devices of it",
-        "the walk over all active devices, a copy of the name, one edit of the property and one call for each, the "
+        "the walk over all active devices, a copy of the name, one edit of the property and one "
+        "call for each, the "
         "lines, a thread, and the reconnection, whose pause takes no time here"),
     "loading a map file": (
         "entries",

@@ -13,6 +13,7 @@
 
 #include <android-base/parseint.h>
 #include <android-base/strings.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/UpRequests.h"
 

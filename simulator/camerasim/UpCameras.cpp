@@ -6,6 +6,7 @@
 
 #include <android-base/strings.h>
 #include <cutils/properties.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/UpRequests.h"
 

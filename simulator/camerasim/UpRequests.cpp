@@ -9,6 +9,8 @@
 #include <chrono>
 #include <optional>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/control/Condition.h"
 #include "simulator/control/WithinLimit.h"
 

@@ -7,6 +7,8 @@
 #include <cmath>
 #include <optional>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/description/OneLine.h"
 
 namespace orvo::simulator {

@@ -3,6 +3,8 @@
 
 #include "simulator/control/ControlServer.h"
 
+#include <nlohmann/json.hpp>
+
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <sys/un.h>

@@ -13,6 +13,7 @@
 #include <android-base/result.h>
 #include <android-base/thread_annotations.h>
 #include <android-base/unique_fd.h>
+#include <nlohmann/json_fwd.hpp>
 
 #include "simulator/control/DeviceState.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 namespace orvo::simulator {
 
@@ -80,14 +80,20 @@ struct PropertyState {
     std::string value;
 };
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(DeviceOfProvider, name, status)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ProviderState, instance, behind, declared, described, inProcess,
-                                   running, hung, pid, connected, deaths, lastEnd, problem, devices)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(CameraState, name, service, status, torch, open)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ServiceState, running, pid, restarts, lastEnd, instances)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(DeviceState, name, directory, root, pid, uptimeSeconds, service,
-                                   providers, cameras)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(TimelineEvent, number, time, seconds, kind, who, what)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(PropertyState, name, value)
+/** The members as JSON, by their names; from_json() throws at one that is missing. */
+void to_json(nlohmann::json& json, const DeviceOfProvider& value);
+void from_json(const nlohmann::json& json, DeviceOfProvider& value);
+void to_json(nlohmann::json& json, const ProviderState& value);
+void from_json(const nlohmann::json& json, ProviderState& value);
+void to_json(nlohmann::json& json, const CameraState& value);
+void from_json(const nlohmann::json& json, CameraState& value);
+void to_json(nlohmann::json& json, const ServiceState& value);
+void from_json(const nlohmann::json& json, ServiceState& value);
+void to_json(nlohmann::json& json, const DeviceState& value);
+void from_json(const nlohmann::json& json, DeviceState& value);
+void to_json(nlohmann::json& json, const TimelineEvent& value);
+void from_json(const nlohmann::json& json, TimelineEvent& value);
+void to_json(nlohmann::json& json, const PropertyState& value);
+void from_json(const nlohmann::json& json, PropertyState& value);
 
 }  // namespace orvo::simulator

@@ -6,6 +6,7 @@
 #include <map>
 
 #include <android-base/strings.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/description/OneLine.h"
 

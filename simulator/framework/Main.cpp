@@ -8,7 +8,6 @@
 #include <string>
 
 #include <hidl/HidlTransportSupport.h>
-#include <CLI/CLI.hpp>
 
 #include "simulator/framework/FrameworkClient.h"
 #include "simulator/process/ProgramLife.h"
@@ -20,7 +19,6 @@ using orvo::simulator::CameraFacts;
 using orvo::simulator::FrameworkClient;
 using orvo::simulator::StatusEvent;
 
-constexpr int kBadUse = 2;
 constexpr int kProviderGone = 1;
 
 /** Notifications arrive while calls are made. */
@@ -104,18 +102,13 @@ int run(const std::string& instance) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app("Prints what a camera provider serves, then each status, until Ctrl-C.",
-                 "camera_framework");
-    std::string instance;
-    app.add_option("INSTANCE", instance, "instance name, such as legacy/0")->required();
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& help) {
-        return app.exit(help);
-    } catch (const CLI::ParseError& mistake) {
-        std::cerr << "camera_framework: " << mistake.what() << "; see --help\n";
-        return kBadUse;
-    }
+    const std::string instance =
+            orvo::simulator::wordsOrLeave(
+                    argc, argv,
+                    {"camera_framework",
+                     "Prints what a camera provider serves, then each status, until Ctrl-C.",
+                     "INSTANCE", "instance name, such as legacy/0", 1})
+                    .front();
     orvo::simulator::endQuietlyOnSignals();
     android::hardware::configureRpcThreadpool(kPoolThreads, false);
     const int status = run(instance);

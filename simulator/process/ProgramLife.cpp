@@ -1,14 +1,45 @@
 // SPDX-License-Identifier: Apache-2.0
-// ProgramLife: one thread waits for the signals that all others have blocked.
+// ProgramLife: the C library reads options; one thread waits for the signals that all others have
+// blocked.
 
 #include "simulator/process/ProgramLife.h"
 
+#include <getopt.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <unistd.h>
 
 #include <thread>
 
 namespace orvo::simulator {
+
+namespace {
+
+constexpr int kBadUse = 2;
+
+[[noreturn]] void help(const Usage& usage) {
+    printf("%s\nUsage: %s [-h] %s%s\n\n  %s    %s\n  -h,--help   print this help and exit\n",
+           usage.sentence, usage.program, usage.word, usage.most > 1 ? "..." : "", usage.word,
+           usage.meaning);
+    exit(0);
+}
+
+}  // namespace
+
+std::vector<std::string> wordsOrLeave(int argc, char** argv, const Usage& usage) {
+    static const option kOptions[] = {{"help", no_argument, nullptr, 'h'}, {}};
+    for (int found; (found = getopt_long(argc, argv, "h", kOptions, nullptr)) != -1;) {
+        if (found == 'h') help(usage);
+        exit(kBadUse);  // getopt_long has said why
+    }
+    const int count = argc - optind;
+    if (count < 1 || count > usage.most) {
+        fprintf(stderr, "%s: %s %s; see --help\n", usage.program, usage.word,
+                count < 1 ? "is required" : "is followed by a word too many");
+        exit(kBadUse);
+    }
+    return {argv + optind, argv + argc};
+}
 
 sigset_t endingSignals() {
     sigset_t signals;

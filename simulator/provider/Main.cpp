@@ -9,7 +9,6 @@
 #include <string>
 
 #include <hidl/HidlTransportSupport.h>
-#include <CLI/CLI.hpp>
 
 #include "simulator/process/ProgramLife.h"
 #include "simulator/provider/ProviderControl.h"
@@ -52,18 +51,13 @@ int serve(const ProviderDescription& description) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App app("Serves the cameras of a YAML description as one camera provider process.",
-                 "simulated_provider");
-    std::string file;
-    app.add_option("DESCRIPTION", file, "YAML description of the provider")->required();
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& help) {
-        return app.exit(help);
-    } catch (const CLI::ParseError& mistake) {
-        std::cerr << "simulated_provider: " << mistake.what() << "; see --help\n";
-        return kBadUse;
-    }
+    const std::string file =
+            orvo::simulator::wordsOrLeave(
+                    argc, argv,
+                    {"simulated_provider",
+                     "Serves the cameras of a YAML description as one camera provider process.",
+                     "DESCRIPTION", "YAML description of the provider", 1})
+                    .front();
     const auto description = ProviderDescription::read(file);
     if (!description) {
         std::cerr << "simulated_provider: " << description.error().message() << "\n";

@@ -3,13 +3,13 @@
 
 #include <unistd.h>
 
+#include <climits>
 #include <iostream>
 #include <string>
 #include <vector>
 
 #include <android/hardware/camera/provider/2.4/ICameraProvider.h>
 #include <hidl/LegacySupport.h>
-#include <CLI/CLI.hpp>
 
 #include "simulator/process/ProgramLife.h"
 
@@ -17,7 +17,6 @@ namespace {
 
 using android::hardware::camera::provider::V2_4::ICameraProvider;
 
-constexpr int kBadUse = 2;
 constexpr int kNothingServed = 1;
 
 /**
@@ -51,18 +50,11 @@ size_t serveInstances(const std::vector<std::string>& instances) {
  * if none could, with 2 if it was called wrongly, with 0 when told to stop.
  */
 int main(int argc, char** argv) {
-    CLI::App app("Serves the passthrough camera provider library to other processes.",
-                 "camera_provider_service");
-    std::vector<std::string> instances;
-    app.add_option("INSTANCE", instances, "instance name, such as legacy/0")->required();
-    try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& help) {
-        return app.exit(help);
-    } catch (const CLI::ParseError& mistake) {
-        std::cerr << "camera_provider_service: " << mistake.what() << "; see --help\n";
-        return kBadUse;
-    }
+    const std::vector<std::string> instances = orvo::simulator::wordsOrLeave(
+            argc, argv,
+            {"camera_provider_service",
+             "Serves the passthrough camera provider library to other processes.", "INSTANCE",
+             "instance name, such as legacy/0", INT_MAX});
     orvo::simulator::endQuietlyOnSignals();
     android::hardware::configureRpcThreadpool(kPoolThreads, true);
     if (serveInstances(instances) == 0) {

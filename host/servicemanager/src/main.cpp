@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // hwservicemanager: the program through which the processes of one device find each other.
 
+#include <getopt.h>
 #include <pthread.h>
 #include <signal.h>
 #include <stdio.h>
@@ -17,7 +18,6 @@
 #include <hidl/HidlTransportSupport.h>
 #include <hwbinder/IPCThreadState.h>
 #include <hwbinder/ProcessState.h>
-#include <CLI/CLI.hpp>
 
 #include "HwServiceManager.h"
 #include "VintfManifest.h"
@@ -30,6 +30,13 @@ using orvo::VintfManifest;
 
 namespace {
 
+constexpr char kHelp[] =
+        "The service manager of one device, whose directory ORVO_DEVICE_DIR names.\n"
+        "Prints \"ready\" once it serves; runs until SIGTERM or SIGINT.\n"
+        "Usage: hwservicemanager [OPTIONS]\n\n"
+        "  -h,--help        print this help and exit\n"
+        "  --manifest FILE  VINTF manifest file; may be given several times. Without it:\n"
+        "                   /vendor/etc/vintf/manifest.xml and /vendor/etc/vintf/manifest/*.xml";
 constexpr char kVintfDirectory[] = "/vendor/etc/vintf";
 // Enough for several processes that register at once; nothing here takes long.
 constexpr size_t kPoolThreads = 4;
@@ -37,6 +44,26 @@ constexpr size_t kPoolThreads = 4;
 int fail(const std::string& error) {
     fprintf(stderr, "hwservicemanager: %s\n", error.c_str());
     return EXIT_FAILURE;
+}
+
+/** The files of the command line; ends the program where there is no more to do. */
+std::vector<std::string> manifestsOrLeave(int argc, char** argv) {
+    static const option kOptions[] = {
+            {"manifest", required_argument, nullptr, 'm'}, {"help", no_argument, nullptr, 'h'}, {}};
+    std::vector<std::string> files;
+    for (int found; (found = getopt_long(argc, argv, "h", kOptions, nullptr)) != -1;) {
+        if (found == 'h') {
+            puts(kHelp);
+            exit(EXIT_SUCCESS);
+        }
+        if (found != 'm') exit(EXIT_FAILURE);  // getopt_long has said why
+        files.emplace_back(optarg);
+    }
+    if (optind < argc) {
+        exit(fail(std::string("'") + argv[optind] +
+                  "' is no option; name a file by --manifest, see --help"));
+    }
+    return files;
 }
 
 std::optional<VintfManifest> readManifest(const std::vector<std::string>& files,
@@ -72,15 +99,7 @@ bool serve(VintfManifest manifest) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    CLI::App options(
-            "The service manager of one device, whose directory ORVO_DEVICE_DIR names. "
-            "Prints \"ready\" once it serves; runs until SIGTERM or SIGINT.");
-    std::vector<std::string> files;
-    options.add_option("--manifest", files,
-                       "VINTF manifest file; may be given several times. Without it: "
-                       "/vendor/etc/vintf/manifest.xml and /vendor/etc/vintf/manifest/*.xml")
-            ->type_name("FILE");
-    CLI11_PARSE(options, argc, argv);
+    const std::vector<std::string> files = manifestsOrLeave(argc, argv);
 
     std::string error;
     std::optional<VintfManifest> manifest = readManifest(files, &error);

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include <android-base/file.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/Stage.h"
 #include "simulator/camerasim/commands/ControlClient.h"

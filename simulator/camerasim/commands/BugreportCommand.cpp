@@ -49,20 +49,16 @@ int report(const BugreportOptions& options) {
 
 void addBugreport(Commands& commands) {
     auto options = std::make_shared<BugreportOptions>();
-    CLI::App* parser = commands.add(
-            {"bugreport",
-             "collect logs, map, manifest, properties, state and events into one .tar.gz; also of a"
-             " device that answers no more",
-             "camerasim bugreport -o report.tar.gz"},
-            [options] { return report(*options); });
-    parser->add_option("-o,--output", options->file,
-                       "the archive (default: camerasim-NAME-TIME.tar.gz here)")
-            ->type_name("FILE");
-    parser->add_option("--timeout", options->timeout,
-                       "seconds to wait for each answer of the device (default: 15)")
-            ->type_name("S")
-            ->check(CLI::Range(0.0, 3600.0));
-    addDeviceOption(parser, *options);
+    commands.add({"bugreport",
+                  "collect logs, map, manifest, properties, state and events into one .tar.gz;"
+                  " also of a device that answers no more",
+                  "camerasim bugreport -o report.tar.gz"},
+                 [options] { return report(*options); })
+            .option("-o,--output", options->file, "FILE",
+                    "the archive (default: camerasim-NAME-TIME.tar.gz here)")
+            .seconds("--timeout", options->timeout, 3600,
+                     "seconds to wait for each answer of the device (default: 15)")
+            .device(*options);
 }
 
 }  // namespace orvo::simulator

@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
@@ -30,11 +32,10 @@ int listCameras(const DeviceOptions& options) {
 
 void addCameras(Commands& commands) {
     auto options = std::make_shared<DeviceOptions>();
-    CLI::App* cameras = commands.add(
-            {"cameras", "list the cameras as the framework sees them", "camerasim cameras"},
-            [options] { return listCameras(*options); });
-    addDeviceOption(cameras, *options);
-    addFormatOption(cameras, *options);
+    commands.add({"cameras", "list the cameras as the framework sees them", "camerasim cameras"},
+                 [options] { return listCameras(*options); })
+            .device(*options)
+            .format(*options);
 }
 
 }  // namespace orvo::simulator

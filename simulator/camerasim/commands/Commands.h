@@ -3,11 +3,16 @@
 
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
+// Its headers take a compiler longer than all that is here: only the sources that parse include
+// them.
+namespace CLI {
+class App;
+}
 
 namespace orvo::simulator {
 
@@ -25,6 +30,43 @@ struct CommandText {
     std::string example;   ///< a command line
 };
 
+/**
+ * What one subcommand is given on the command line, in the order of its help.
+ *
+ * Values are filled while the command line is parsed; they must live as long as the program.
+ */
+class Parameters {
+  public:
+    using Words = std::vector<std::string>;
+
+    explicit Parameters(CLI::App* parser) : mParser(parser) {}
+
+    /** A word that has to be there; one of `choices`, if there are any. */
+    Parameters& argument(const std::string& name, std::string& value, const std::string& sentence,
+                         const Words& choices = {});
+    Parameters& optionalArgument(const std::string& name, std::string& value,
+                                 const std::string& sentence);
+    /** One word or more. */
+    Parameters& arguments(const std::string& name, Words& value, size_t most,
+                          const std::string& sentence);
+    Parameters& flag(const std::string& names, bool& value, const std::string& sentence);
+    /** `type` is what the help calls the value. */
+    Parameters& option(const std::string& names, std::string& value, const std::string& type,
+                       const std::string& sentence, const Words& choices = {});
+    /** A positive number. */
+    Parameters& option(const std::string& names, int64_t& value, const std::string& type,
+                       const std::string& sentence);
+    Parameters& seconds(const std::string& names, double& value, double most,
+                        const std::string& sentence);
+    /** --device: which one, if several run. */
+    Parameters& device(DeviceOptions& options);
+    /** --format: for people or for programs. */
+    Parameters& format(DeviceOptions& options);
+
+  private:
+    CLI::App* mParser;
+};
+
 /** Subcommands of one program and what each of them runs. One thread. */
 class Commands {
   public:
@@ -34,13 +76,18 @@ class Commands {
     /** The program must outlive this. */
     explicit Commands(CLI::App& program) : mProgram(program) {}
 
-    /** Adds a subcommand, to be given options by the caller; it belongs to the program. */
-    CLI::App* add(const CommandText& text, Body body);
+    /** Adds a subcommand; it belongs to the program. */
+    Parameters add(const CommandText& text, Body body);
+    /** As add(), without a line in the help. */
+    Parameters addHidden(const CommandText& text, Body body);
 
     /** Runs the one that was typed. @return its exit status; -1 if it is none of these. */
     int run() const;
 
-    const CLI::App& program() const { return mProgram; }
+    /** Those that the help shows. */
+    std::vector<std::string> names() const;
+    /** With their dashes; none for an unknown command. */
+    std::vector<std::string> optionsOf(const std::string& command) const;
 
   private:
     struct Command {
@@ -51,9 +98,6 @@ class Commands {
     CLI::App& mProgram;
     std::vector<Command> mCommands;
 };
-
-void addDeviceOption(CLI::App* command, DeviceOptions& options);
-void addFormatOption(CLI::App* command, DeviceOptions& options);
 
 /** All of them. */
 void addCommands(Commands& commands);

@@ -12,6 +12,8 @@
 #include <cstring>
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Stage.h"
 #include "simulator/camerasim/commands/Complaint.h"
 

@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Janitor.h"
 #include "simulator/camerasim/Narrator.h"
 #include "simulator/camerasim/Stage.h"

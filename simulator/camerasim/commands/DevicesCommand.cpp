@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/Janitor.h"
@@ -60,9 +62,9 @@ int listDevices(const DeviceOptions& options) {
 
 void addDevices(Commands& commands) {
     auto options = std::make_shared<DeviceOptions>();
-    CLI::App* devices = commands.add({"devices", "list the devices that run", "camerasim devices"},
-                                     [options] { return listDevices(*options); });
-    addFormatOption(devices, *options);
+    commands.add({"devices", "list the devices that run", "camerasim devices"},
+                 [options] { return listDevices(*options); })
+            .format(*options);
 }
 
 }  // namespace orvo::simulator

@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
@@ -55,15 +57,13 @@ int listEvents(const EventsOptions& options) {
 
 void addEvents(Commands& commands) {
     auto options = std::make_shared<EventsOptions>();
-    CLI::App* events = commands.add(
-            {"events", "list what has happened since the boot", "camerasim events -f --from 20"},
-            [options] { return listEvents(*options); });
-    events->add_flag("-f,--follow", options->follow, "go on with whatever happens, until Ctrl-C");
-    events->add_option("--from", options->from, "number of the first event (default: 1)")
-            ->type_name("N")
-            ->check(CLI::PositiveNumber);
-    addDeviceOption(events, *options);
-    addFormatOption(events, *options);
+    commands.add({"events", "list what has happened since the boot",
+                  "camerasim events -f --from 20"},
+                 [options] { return listEvents(*options); })
+            .flag("-f,--follow", options->follow, "go on with whatever happens, until Ctrl-C")
+            .option("--from", options->from, "N", "number of the first event (default: 1)")
+            .device(*options)
+            .format(*options);
 }
 
 }  // namespace orvo::simulator

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/Narrator.h"
@@ -97,21 +99,19 @@ int listLog(LogOptions options) {
 
 void addLog(Commands& commands) {
     auto options = std::make_shared<LogOptions>();
-    CLI::App* log = commands.add(
-            {"log", "list what the programs of the device have logged, in the order of time",
-             "camerasim log --tag OrvoCameraServiceImpl --priority W -f"},
-            [options] { return listLog(*options); });
-    log->add_option("--tag", options->filter.tag, "only with this tag")->type_name("TAG");
-    log->add_option("--priority", options->filter.priority,
-                    "only of this priority and above: V, D, I, W, E or F")
-            ->type_name("P")
-            ->check(CLI::IsMember({"V", "D", "I", "W", "E", "F"}));
-    log->add_option("--program", options->filter.program,
+    LogFilter& filter = options->filter;
+    commands.add({"log", "list what the programs of the device have logged, in the order of time",
+                  "camerasim log --tag OrvoCameraServiceImpl --priority W -f"},
+                 [options] { return listLog(*options); })
+            .option("--tag", filter.tag, "TAG", "only with this tag")
+            .option("--priority", filter.priority, "P",
+                    "only of this priority and above: V, D, I, W, E or F",
+                    {"V", "D", "I", "W", "E", "F"})
+            .option("--program", filter.program, "NAME",
                     "only of this program, or of this provider's")
-            ->type_name("NAME");
-    log->add_flag("-f,--follow", options->follow, "go on with whatever is logged, until Ctrl-C");
-    addDeviceOption(log, *options);
-    addFormatOption(log, *options);
+            .flag("-f,--follow", options->follow, "go on with whatever is logged, until Ctrl-C")
+            .device(*options)
+            .format(*options);
 }
 
 }  // namespace orvo::simulator

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include <android-base/strings.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/commands/Table.h"
 
@@ -27,6 +28,12 @@ Paint paintOfPriority(const std::string& priority) {
 }
 
 }  // namespace
+
+void to_json(nlohmann::json& json, const LogLine& line) {
+    json = {{"program", line.program}, {"time", line.time}, {"priority", line.priority},
+            {"tag", line.tag},         {"pid", line.pid},   {"tid", line.tid},
+            {"message", line.message}};
+}
 
 LogLine LogParser::parse(const std::string& line) {
     // A tag may hold blanks, a message anything.

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 namespace orvo::simulator {
 
@@ -20,7 +20,8 @@ struct LogLine {
     std::string message;
 };
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(LogLine, program, time, priority, tag, pid, tid, message)
+/** The members, by their names. */
+void to_json(nlohmann::json& json, const LogLine& line);
 
 /** Reads the lines of one program's log, in order. */
 class LogParser {

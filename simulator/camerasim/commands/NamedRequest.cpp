@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include <android-base/strings.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/commands/Complaint.h"
 #include "simulator/control/DeviceState.h"

@@ -7,7 +7,7 @@
 #include <string>
 
 #include <android-base/result.h>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "simulator/camerasim/commands/ControlClient.h"
 

@@ -24,23 +24,6 @@ void print(const std::string& word) {
     std::cout << word << "\n";
 }
 
-void printCommands(const CLI::App& program) {
-    const auto all = [](const CLI::App*) { return true; };
-    for (const CLI::App* command : program.get_subcommands(all)) {
-        if (!command->get_group().empty()) print(command->get_name());
-    }
-}
-
-void printOptions(const CLI::App& program, const std::string& command) {
-    const auto wanted = [&](const CLI::App* parser) { return parser->get_name() == command; };
-    const auto found = program.get_subcommands(wanted);
-    if (found.empty()) return;
-    for (const CLI::Option* option : found[0]->get_options()) {
-        for (const std::string& name : option->get_lnames()) print("--" + name);
-        for (const std::string& name : option->get_snames()) print("-" + name);
-    }
-}
-
 void printOfProvider(const DeviceState& state, const std::string& instance) {
     for (const ProviderState& provider : state.providers) {
         if (provider.instance != instance) continue;
@@ -65,11 +48,11 @@ void printOfDevice(const NamesOptions& options) {
     }
 }
 
-int printNames(const NamesOptions& options, const CLI::App& program) {
+int printNames(const NamesOptions& options, const Commands& commands) {
     if (options.kind == "commands") {
-        printCommands(program);
+        for (const std::string& name : commands.names()) print(name);
     } else if (options.kind == "options") {
-        printOptions(program, options.of);
+        for (const std::string& name : commands.optionsOf(options.of)) print(name);
     } else if (options.kind == "devices") {
         for (const FoundDevice& device : runningDevices()) {
             if (device.state) print(device.state->name);
@@ -84,14 +67,12 @@ int printNames(const NamesOptions& options, const CLI::App& program) {
 
 void addNames(Commands& commands) {
     auto options = std::make_shared<NamesOptions>();
-    const CLI::App& program = commands.program();
-    CLI::App* names = commands.add(
-            {"names", "print words to complete", "camerasim names devices-of external/0"},
-            [options, &program] { return printNames(*options, program); });
-    names->group("");
-    names->add_option("KIND", options->kind)->required();
-    names->add_option("OF", options->of);
-    addDeviceOption(names, *options);
+    commands.addHidden(
+                    {"names", "print words to complete", "camerasim names devices-of external/0"},
+                    [options, &commands] { return printNames(*options, commands); })
+            .argument("KIND", options->kind, "what kind of words")
+            .optionalArgument("OF", options->of, "of which command or provider")
+            .device(*options);
 }
 
 }  // namespace orvo::simulator

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/Narrator.h"
@@ -94,21 +96,21 @@ int closeCameras(const OpenOptions& options) {
 
 void addOpenAndClose(Commands& commands) {
     auto options = std::make_shared<OpenOptions>();
-    CLI::App* open = commands.add({"open", "read a camera, open it, and close it again",
-                                   "camerasim open device@3.2/legacy/100 --hold"},
-                                  [options] { return openCamera(*options); });
-    open->add_option("CAMERA", options->camera, "in the framework's words; camerasim cameras")
-            ->required();
-    open->add_flag("--hold", options->hold, "keep it open");
-    addDeviceOption(open, *options);
-    addFormatOption(open, *options);
+    commands.add({"open", "read a camera, open it, and close it again",
+                  "camerasim open device@3.2/legacy/100 --hold"},
+                 [options] { return openCamera(*options); })
+            .argument("CAMERA", options->camera, "in the framework's words; camerasim cameras")
+            .flag("--hold", options->hold, "keep it open")
+            .device(*options)
+            .format(*options);
 
     auto which = std::make_shared<OpenOptions>();
-    CLI::App* close = commands.add(
-            {"close", "close a camera that is held open", "camerasim close device@3.2/legacy/100"},
-            [which] { return closeCameras(*which); });
-    close->add_option("CAMERA", which->camera, "the camera; all that are held open, if not given");
-    addDeviceOption(close, *which);
+    commands.add({"close", "close a camera that is held open",
+                  "camerasim close device@3.2/legacy/100"},
+                 [which] { return closeCameras(*which); })
+            .optionalArgument("CAMERA", which->camera,
+                              "the camera; all that are held open, if not given")
+            .device(*which);
 }
 
 }  // namespace orvo::simulator

@@ -8,6 +8,8 @@
 #include <iostream>
 #include <utility>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/Narrator.h"
 #include "simulator/camerasim/UpScreen.h"

@@ -6,7 +6,7 @@
 #include <ostream>
 #include <string>
 
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 #include "simulator/camerasim/commands/Table.h"
 #include "simulator/control/DeviceState.h"

@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
@@ -31,13 +33,12 @@ int plug(const PlugOptions& options, const std::string& command) {
 
 void addOne(Commands& commands, const std::string& name, const std::string& sentence) {
     auto options = std::make_shared<PlugOptions>();
-    CLI::App* command = commands.add({name, sentence, "camerasim " + name + " external/0 usb-7C21"},
-                                     [options, name] { return plug(*options, name); });
-    command->add_option("PROVIDER", options->provider, "such as external/0")->required();
-    command->add_option("CAMERA", options->camera,
-                        "in the provider's words, such as device@3.2/external/100, or its id")
-            ->required();
-    addDeviceOption(command, *options);
+    commands.add({name, sentence, "camerasim " + name + " external/0 usb-7C21"},
+                 [options, name] { return plug(*options, name); })
+            .argument("PROVIDER", options->provider, "such as external/0")
+            .argument("CAMERA", options->camera,
+                      "in the provider's words, such as device@3.2/external/100, or its id")
+            .device(*options);
 }
 
 }  // namespace

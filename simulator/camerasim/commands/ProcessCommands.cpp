@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
@@ -32,46 +34,46 @@ int act(const ProcessOptions& options, nlohmann::json request, const std::string
     return kAsExpected;
 }
 
-void addProviderArgument(CLI::App* command, ProcessOptions& options) {
-    command->add_option("PROVIDER", options.provider,
-                        "a provider, such as external/0, or service: the camera provider service")
-            ->required();
-    addDeviceOption(command, options);
+Parameters& addProviderArgument(Parameters&& parameters, ProcessOptions& options) {
+    return parameters
+            .argument("PROVIDER", options.provider,
+                      "a provider, such as external/0, or service: the camera provider service")
+            .device(options);
 }
 
 void addKill(Commands& commands) {
     auto options = std::make_shared<ProcessOptions>();
-    CLI::App* kill = commands.add(
-            {"kill", "end a provider's process with SIGKILL", "camerasim kill external/0"},
-            [options] {
-                if (options->clean) return act(*options, {{"command", "exit"}}, "told to end");
-                return act(*options, {{"command", "kill"}, {"signal", "KILL"}}, "killed");
-            });
-    addProviderArgument(kill, *options);
-    kill->add_flag("--clean", options->clean, "ask it to end, with SIGTERM, instead");
+    const auto body = [options] {
+        if (options->clean) return act(*options, {{"command", "exit"}}, "told to end");
+        return act(*options, {{"command", "kill"}, {"signal", "KILL"}}, "killed");
+    };
+    addProviderArgument(commands.add({"kill", "end a provider's process with SIGKILL",
+                                      "camerasim kill external/0"},
+                                     body),
+                        *options)
+            .flag("--clean", options->clean, "ask it to end, with SIGTERM, instead");
+}
+
+void addAct(Commands& commands, const CommandText& text, const std::string& done) {
+    auto options = std::make_shared<ProcessOptions>();
+    const auto body = [options, name = text.name, done] {
+        return act(*options, {{"command", name}}, done);
+    };
+    addProviderArgument(commands.add(text, body), *options);
 }
 
 }  // namespace
 
 void addKillHangAndStart(Commands& commands) {
     addKill(commands);
-    auto hung = std::make_shared<ProcessOptions>();
-    addProviderArgument(
-            commands.add({"hang", "stop a provider's process, so that it answers no more",
-                          "camerasim hang external/0"},
-                         [hung] {
-                             return act(*hung, {{"command", "hang"}}, "hangs");
-                         }),
-            *hung);
-    auto started = std::make_shared<ProcessOptions>();
-    addProviderArgument(
-            commands.add(
-                    {"start", "start a provider's process that has ended, or let a hung one go on",
-                     "camerasim start external/0"},
-                    [started] {
-                        return act(*started, {{"command", "start"}}, "runs");
-                    }),
-            *started);
+    addAct(commands,
+           {"hang", "stop a provider's process, so that it answers no more",
+            "camerasim hang external/0"},
+           "hangs");
+    addAct(commands,
+           {"start", "start a provider's process that has ended, or let a hung one go on",
+            "camerasim start external/0"},
+           "runs");
 }
 
 }  // namespace orvo::simulator

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
@@ -40,10 +42,10 @@ int listProperties(const DeviceOptions& options) {
 
 void addProps(Commands& commands) {
     auto options = std::make_shared<DeviceOptions>();
-    CLI::App* props = commands.add({"props", "list the system properties", "camerasim props"},
-                                   [options] { return listProperties(*options); });
-    addDeviceOption(props, *options);
-    addFormatOption(props, *options);
+    commands.add({"props", "list the system properties", "camerasim props"},
+                 [options] { return listProperties(*options); })
+            .device(*options)
+            .format(*options);
 }
 
 }  // namespace orvo::simulator

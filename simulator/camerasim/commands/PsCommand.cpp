@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
@@ -37,14 +39,13 @@ int listProviders(const DeviceOptions& options) {
 
 void addPs(Commands& commands) {
     auto options = std::make_shared<DeviceOptions>();
-    CLI::App* ps = commands.add(
-            {"ps",
-             "list the providers: declared, running, connected, how often each died, and what is"
-             " wrong",
-             "camerasim ps --format=json"},
-            [options] { return listProviders(*options); });
-    addDeviceOption(ps, *options);
-    addFormatOption(ps, *options);
+    commands.add({"ps",
+                  "list the providers: declared, running, connected, how often each died, and what"
+                  " is wrong",
+                  "camerasim ps --format=json"},
+                 [options] { return listProviders(*options); })
+            .device(*options)
+            .format(*options);
 }
 
 }  // namespace orvo::simulator

@@ -42,9 +42,9 @@ int stopDevice(const DeviceOptions& options) {
 
 void addStop(Commands& commands) {
     auto options = std::make_shared<DeviceOptions>();
-    CLI::App* stop = commands.add({"stop", "shut the device down", "camerasim stop"},
-                                  [options] { return stopDevice(*options); });
-    addDeviceOption(stop, *options);
+    commands.add({"stop", "shut the device down", "camerasim stop"},
+                 [options] { return stopDevice(*options); })
+            .device(*options);
 }
 
 }  // namespace orvo::simulator

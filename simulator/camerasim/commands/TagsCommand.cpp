@@ -6,6 +6,8 @@
 #include <memory>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
@@ -75,13 +77,13 @@ int listTags(const TagsOptions& options) {
 
 void addTags(Commands& commands) {
     auto options = std::make_shared<TagsOptions>();
-    CLI::App* tags = commands.add({"tags", "list the vendor tags as the framework is given them",
-                                   "camerasim tags --service legacy/0"},
-                                  [options] { return listTags(*options); });
-    tags->add_option("--service", options->service, "only of this instance, such as legacy/0")
-            ->type_name("INSTANCE");
-    addDeviceOption(tags, *options);
-    addFormatOption(tags, *options);
+    commands.add({"tags", "list the vendor tags as the framework is given them",
+                  "camerasim tags --service legacy/0"},
+                 [options] { return listTags(*options); })
+            .option("--service", options->service, "INSTANCE",
+                    "only of this instance, such as legacy/0")
+            .device(*options)
+            .format(*options);
 }
 
 }  // namespace orvo::simulator

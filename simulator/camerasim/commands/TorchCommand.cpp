@@ -5,6 +5,8 @@
 #include <memory>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
@@ -37,15 +39,12 @@ int switchTorch(const TorchOptions& options) {
 
 void addTorch(Commands& commands) {
     auto options = std::make_shared<TorchOptions>();
-    CLI::App* torch = commands.add({"torch", "switch a camera's torch on or off",
-                                    "camerasim torch device@3.2/legacy/100 on"},
-                                   [options] { return switchTorch(*options); });
-    torch->add_option("CAMERA", options->camera, "in the framework's words; camerasim cameras")
-            ->required();
-    torch->add_option("MODE", options->mode, "on or off")
-            ->required()
-            ->check(CLI::IsMember({"on", "off"}));
-    addDeviceOption(torch, *options);
+    commands.add({"torch", "switch a camera's torch on or off",
+                  "camerasim torch device@3.2/legacy/100 on"},
+                 [options] { return switchTorch(*options); })
+            .argument("CAMERA", options->camera, "in the framework's words; camerasim cameras")
+            .argument("MODE", options->mode, "on or off", {"on", "off"})
+            .device(*options);
 }
 
 }  // namespace orvo::simulator

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include <android-base/strings.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
@@ -51,24 +52,19 @@ int wait(const WaitOptions& options) {
 
 void addWait(Commands& commands) {
     auto options = std::make_shared<WaitOptions>();
-    CLI::App* parser =
-            commands.add({"wait",
-                          "wait until something is so; ends with 1 if it is not in time\n\n"
-                          "CONDITION is one of\n"
-                          "  camera NAME PRESENT|NOT_PRESENT\n"
-                          "  provider NAME connected|disconnected|running|dead\n"
-                          "  property NAME is|contains TEXT\n"
-                          "  cameras NUMBER     (so many are PRESENT)\n",
-                          "camerasim wait provider external/0 connected --timeout 10"},
-                         [options] { return wait(*options); });
-    parser->add_option("CONDITION", options->condition, "the words of a condition")
-            ->required()
-            ->expected(1, 4);
-    parser->add_option("--timeout", options->timeout, "seconds to wait at most (default: 30)")
-            ->type_name("S")
-            ->check(CLI::Range(0.0, 86400.0));
-    addDeviceOption(parser, *options);
-    addFormatOption(parser, *options);
+    commands.add({"wait",
+                  "wait until something is so; ends with 1 if it is not in time\n\n"
+                  "CONDITION is one of\n"
+                  "  camera NAME PRESENT|NOT_PRESENT\n"
+                  "  provider NAME connected|disconnected|running|dead\n"
+                  "  property NAME is|contains TEXT\n"
+                  "  cameras NUMBER     (so many are PRESENT)\n",
+                  "camerasim wait provider external/0 connected --timeout 10"},
+                 [options] { return wait(*options); })
+            .arguments("CONDITION", options->condition, 4, "the words of a condition")
+            .seconds("--timeout", options->timeout, 86400, "seconds to wait at most (default: 30)")
+            .device(*options)
+            .format(*options);
 }
 
 }  // namespace orvo::simulator

@@ -7,6 +7,7 @@
 
 #include <android-base/parseint.h>
 #include <android-base/strings.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/commands/Complaint.h"
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include <android-base/result.h>
-#include <nlohmann/json.hpp>
+#include <nlohmann/json_fwd.hpp>
 
 namespace orvo::simulator {
 

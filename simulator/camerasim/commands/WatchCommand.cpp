@@ -11,6 +11,8 @@
 #include <sstream>
 #include <string>
 
+#include <nlohmann/json.hpp>
+
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
@@ -153,11 +155,10 @@ int watch(const DeviceOptions& options) {
 
 void addWatch(Commands& commands) {
     auto options = std::make_shared<DeviceOptions>();
-    CLI::App* parser = commands.add(
-            {"watch", "show providers, cameras and events as they change, until Ctrl-C",
-             "camerasim watch"},
-            [options] { return watch(*options); });
-    addDeviceOption(parser, *options);
+    commands.add({"watch", "show providers, cameras and events as they change, until Ctrl-C",
+                  "camerasim watch"},
+                 [options] { return watch(*options); })
+            .device(*options);
 }
 
 }  // namespace orvo::simulator

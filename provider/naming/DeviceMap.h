@@ -12,13 +12,11 @@ namespace android::hardware::camera::provider::V2_4::implementation {
 using DeviceMap = std::map<std::string, std::vector<std::string>>;
 
 /*
- * All three are written while the library is loaded and by nothing in it after that, so they are
- * read without a lock. Nothing here reads them either: device names are translated without a
- * table, and the id properties list what the providers report.
+ * Both, and the table of the known providers' ids that is local to the source file, are written
+ * while the library is loaded and by nothing in it after that, so they are read without a lock.
+ * Nothing here reads them either: device names are translated without a table, and the id
+ * properties list what the providers report.
  */
-
-/** The ids of each known provider instance. Hidden: only the library itself sees it. */
-extern DeviceMap gDefaultDeviceMap;
 
 /** Empty. Exported, for other modules of the process to find by name. */
 extern DeviceMap gDeviceMap __attribute__((visibility("default")));

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The camera id tables that exist from the load of the library on.
 
-#include "provider/naming/DeviceMap.h"
+// One of the tables is local to this file, so the test is a part of it.
+#include "provider/naming/DeviceMap.cpp"
 
 #include <algorithm>
 #include <type_traits>

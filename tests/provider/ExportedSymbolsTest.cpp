@@ -29,7 +29,9 @@
 namespace orvo::test {
 namespace {
 
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::Pair;
 using ::testing::UnorderedElementsAre;
 
 const std::string kScope = "android::hardware::camera::provider::V2_4::implementation::";
@@ -43,10 +45,10 @@ std::string demangle(const std::string& name) {
     return plain.substr(0, plain.find("[abi:"));
 }
 
-// A view of a shared library's file.
-class Library {
+// A view of the file of a shared library or of what the compiler made of one source.
+class ElfFile {
   public:
-    explicit Library(const std::string& path) {
+    explicit ElfFile(const std::string& path) {
         std::ifstream file(path, std::ios::binary);
         mBytes.assign(std::istreambuf_iterator<char>(file), {});
         EXPECT_GT(mBytes.size(), sizeof(Elf64_Ehdr)) << path;
@@ -56,20 +58,27 @@ class Library {
     // The names of the dynamic symbols that are defined here (or that are not).
     std::vector<std::string> symbols(bool defined) const {
         std::vector<std::string> names;
+        for (const auto& [name, symbol] : table(SHT_DYNSYM)) {
+            // Some linkers list sections here, too, as local symbols without a name.
+            if (ELF64_ST_BIND(symbol.st_info) == STB_LOCAL) continue;
+            if ((symbol.st_shndx != SHN_UNDEF) == defined) names.push_back(name);
+        }
+        return names;
+    }
+
+    // The symbol tables of that kind, with their names.
+    std::vector<std::pair<std::string, Elf64_Sym>> table(Elf64_Word kind) const {
+        std::vector<std::pair<std::string, Elf64_Sym>> symbols;
         for (const Elf64_Shdr& section : sections()) {
-            if (section.sh_type != SHT_DYNSYM) continue;
+            if (section.sh_type != kind) continue;
             const char* const strings = mBytes.data() + sections()[section.sh_link].sh_offset;
             const auto* const first =
                     reinterpret_cast<const Elf64_Sym*>(mBytes.data() + section.sh_offset);
             for (size_t i = 1; i < section.sh_size / sizeof(Elf64_Sym); ++i) {
-                // Some linkers list sections here, too, as local symbols without a name.
-                if (ELF64_ST_BIND(first[i].st_info) == STB_LOCAL) continue;
-                if ((first[i].st_shndx != SHN_UNDEF) == defined) {
-                    names.push_back(strings + first[i].st_name);
-                }
+                symbols.emplace_back(strings + first[i].st_name, first[i]);
             }
         }
-        return names;
+        return symbols;
     }
 
   private:
@@ -85,20 +94,31 @@ class Library {
 
 TEST(ExportedSymbolsTest, TheLibraryExportsExactlyItsThreeSymbols) {
     std::vector<std::string> names;
-    for (const std::string& name : Library(ORVO_PROVIDER_LIBRARY).symbols(true)) {
+    for (const std::string& name : ElfFile(ORVO_PROVIDER_LIBRARY).symbols(true)) {
         names.push_back(demangle(name));
     }
     EXPECT_THAT(names, UnorderedElementsAre("HIDL_FETCH_ICameraProvider", kScope + "gDeviceMap",
                                             kScope + "gParseFlag"));
 }
 
+// As the compiler made it: hidden symbols become local ones only in the linked library, and only
+// with the right flags.
+TEST(ExportedSymbolsTest, TheDefaultTableIsLocalToItsFile) {
+    std::vector<std::pair<int, int>> found;
+    for (const auto& [name, symbol] : ElfFile(ORVO_DEVICE_MAP_OBJECT).table(SHT_SYMTAB)) {
+        if (demangle(name) != kScope + "gDefaultDeviceMap") continue;
+        found.emplace_back(ELF64_ST_TYPE(symbol.st_info), ELF64_ST_BIND(symbol.st_info));
+    }
+    EXPECT_THAT(found, ElementsAre(Pair(STT_OBJECT, STB_LOCAL)));
+}
+
 TEST(ExportedSymbolsTest, TheEntryPointHasItsPlainName) {
-    EXPECT_THAT(Library(ORVO_PROVIDER_LIBRARY).symbols(true),
+    EXPECT_THAT(ElfFile(ORVO_PROVIDER_LIBRARY).symbols(true),
                 ::testing::Contains("HIDL_FETCH_ICameraProvider"));
 }
 
 TEST(ExportedSymbolsTest, TheShimFactoryIsImported) {
-    EXPECT_THAT(Library(ORVO_PROVIDER_LIBRARY).symbols(false),
+    EXPECT_THAT(ElfFile(ORVO_PROVIDER_LIBRARY).symbols(false),
                 ::testing::Contains("HIDL_FETCH_ICameraProvider_shim"));
 }
 
@@ -113,7 +133,7 @@ TEST(ExportedSymbolsTest, TheLoadedLibraryHasAnEmptyMapAndAClearFlag) {
     void* const library = dlopen(ORVO_PROVIDER_LIBRARY, RTLD_NOW);
     ASSERT_NE(library, nullptr) << dlerror();
     std::map<std::string, void*> objects;  // Key: demangled name.
-    for (const std::string& name : Library(ORVO_PROVIDER_LIBRARY).symbols(true)) {
+    for (const std::string& name : ElfFile(ORVO_PROVIDER_LIBRARY).symbols(true)) {
         objects[demangle(name)] = dlsym(library, name.c_str());
     }
     const auto* const map = static_cast<implementation::DeviceMap*>(objects[kScope + "gDeviceMap"]);

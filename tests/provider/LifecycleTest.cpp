@@ -331,7 +331,6 @@ TEST_F(LifecycleTest, TheExportedTablesStayUntouched) {
     mObject->removeAndNotifyDevicesByProviderName("external/0");
     EXPECT_THAT(implementation::gDeviceMap, IsEmpty());
     EXPECT_FALSE(implementation::gParseFlag);
-    EXPECT_THAT(implementation::gDefaultDeviceMap, SizeIs(4));
 }
 
 using LifecycleDeathTest = LifecycleTest;

@@ -23,9 +23,11 @@ namespace {
 namespace fs = std::filesystem;
 using nlohmann::json;
 using ::testing::Contains;
+using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::IsSupersetOf;
+using ::testing::Not;
 
 const fs::path kRoot = ORVO_SOURCE_DIR;
 const std::vector<std::string> kFiles = {"Android.bp", "device/Android.bp", "fuzz/cc_fuzz.bp"};
@@ -50,6 +52,18 @@ bool isOfTheDevice(const std::string& source) {
     return std::any_of(kDirectories.begin(), kDirectories.end(), [&](const std::string& directory) {
         return source.rfind(directory, 0) == 0;
     });
+}
+
+// The labels of a rule's command that stand for two files, which the build refuses.
+std::set<std::string> ambiguousLabels(const json& rule) {
+    std::set<std::string> labels;
+    std::set<std::string> ambiguous;
+    for (const char* property : {"srcs", "tools", "tool_files", "out"}) {
+        for (const std::string label : rule["properties"].value(property, json::array())) {
+            if (!labels.insert(label).second) ambiguous.insert(label);
+        }
+    }
+    return ambiguous;
 }
 
 // What the Linux build compiles, relative to the root.
@@ -172,7 +186,7 @@ TEST_F(BlueprintTest, EveryProgramIsLinkedWithTheSourcesOfTheHeadersThatItInclud
     for (const char* type : {"cc_library_shared", "cc_binary", "cc_test", "cc_fuzz"}) {
         for (const std::string& module : mModules.namesOfType(type)) {
             const std::set<std::string> linked = sourcesOf(module);
-            EXPECT_THAT(linked, ::testing::Not(IsEmpty())) << module;
+            EXPECT_THAT(linked, Not(IsEmpty())) << module;
             EXPECT_THAT(without(sourcesOfHeadersOf(linked), linked), IsEmpty())
                     << "add these to " << module;
         }
@@ -259,7 +273,7 @@ TEST_F(BlueprintTest, TheLibraryLinksThePlatformsLibraries) {
 
 TEST_F(BlueprintTest, EveryModuleButTheToolsIsForTheVendorPartition) {
     for (const char* type : {"cc_library_static", "cc_library_shared", "cc_test", "prebuilt_etc"}) {
-        EXPECT_THAT(mModules.namesOfType(type), ::testing::Not(IsEmpty())) << type;
+        EXPECT_THAT(mModules.namesOfType(type), Not(IsEmpty())) << type;
         for (const std::string& module : mModules.namesOfType(type)) {
             EXPECT_EQ(mModules.property(module, "vendor"), true) << module;
         }
@@ -291,6 +305,18 @@ TEST_F(BlueprintTest, TheProductsMapIsCheckedBeforeItIsInstalled) {
     EXPECT_EQ(mModules.property("orvo-mapcheck", "host_supported"), true);
     EXPECT_EQ(mModules.property(kMap, "filename"), kMap);
     EXPECT_THAT(mModules.list(kLibrary, "required"), Contains(kMap));
+}
+
+TEST_F(BlueprintTest, EveryLabelOfARuleStandsForOneFile) {
+    EXPECT_THAT(mModules.namesOfType("genrule"), Not(IsEmpty()));
+    for (const std::string& name : mModules.namesOfType("genrule")) {
+        json rule = mModules.module(name);
+        EXPECT_THAT(ambiguousLabels(rule), IsEmpty()) << name;
+        const std::string source = rule["properties"]["srcs"][0];
+        rule["properties"]["out"].push_back(source);
+        EXPECT_THAT(ambiguousLabels(rule), ElementsAre(source))
+                << "an output named like its source";
+    }
 }
 
 TEST(BlueprintReaderTest, AMistakeIsNamedWithItsPlace) {

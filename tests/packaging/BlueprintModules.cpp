@@ -101,4 +101,12 @@ std::set<std::string> BlueprintModules::files() const {
     return found;
 }
 
+std::set<std::string> BlueprintModules::sources() const {
+    std::set<std::string> sources;
+    for (const std::string& file : files()) {
+        if (std::filesystem::path(file).extension() == ".cpp") sources.insert(file);
+    }
+    return sources;
+}
+
 }  // namespace orvo::test

@@ -11,6 +11,10 @@
 
 namespace orvo::test {
 
+/** The files of the device's build, relative to the source directory. */
+inline const std::vector<std::string> kBlueprints = {"Android.bp", "device/Android.bp",
+                                                     "fuzz/cc_fuzz.bp"};
+
 /** What the reader of Android.bp said. */
 struct BlueprintReading {
     bool accepted = false;
@@ -42,6 +46,8 @@ class BlueprintModules {
 
     /** Every file that a module names, relative to the directory of the reading. */
     std::set<std::string> files() const;
+    /** Those that are compiled. */
+    std::set<std::string> sources() const;
 
   private:
     nlohmann::json mModules;

@@ -30,7 +30,6 @@ using ::testing::IsSupersetOf;
 using ::testing::Not;
 
 const fs::path kRoot = ORVO_SOURCE_DIR;
-const std::vector<std::string> kFiles = {"Android.bp", "device/Android.bp", "fuzz/cc_fuzz.bp"};
 constexpr char kLibrary[] = "android.hardware.camera.provider@2.4-impl-orvo";
 
 // What is compiled on Linux and not on a device.
@@ -83,30 +82,6 @@ std::set<std::string> without(std::set<std::string> all, const std::set<std::str
     return all;
 }
 
-// The project's headers that a file includes itself.
-std::set<std::string> headersOf(const std::string& file) {
-    static const std::regex kInclude("#include \"([^\"]+)\"");
-    const std::string text = sourceText(file);
-    std::set<std::string> headers;
-    for (std::sregex_iterator it(text.begin(), text.end(), kInclude), end; it != end; ++it) {
-        headers.insert((*it)[1]);
-    }
-    return headers;
-}
-
-// The files, and all headers of the project that they include.
-std::set<std::string> withHeaders(std::set<std::string> files) {
-    std::vector<std::string> unread(files.begin(), files.end());
-    while (!unread.empty()) {
-        const std::string file = unread.back();
-        unread.pop_back();
-        for (const std::string& header : headersOf(file)) {
-            if (files.insert(header).second) unread.push_back(header);
-        }
-    }
-    return files;
-}
-
 // The source files that belong to the headers that these files include.
 std::set<std::string> sourcesOfHeadersOf(const std::set<std::string>& files) {
     std::set<std::string> sources;
@@ -119,18 +94,9 @@ std::set<std::string> sourcesOfHeadersOf(const std::set<std::string>& files) {
 
 class BlueprintTest : public ::testing::Test {
   protected:
-    BlueprintTest() : mReading(readBlueprints(kRoot, kFiles)), mModules(mReading.output) {}
+    BlueprintTest() : mReading(readBlueprints(kRoot, kBlueprints)), mModules(mReading.output) {}
 
     void SetUp() override { ASSERT_TRUE(mReading.accepted) << mReading.complaints; }
-
-    // The files that the modules compile.
-    std::set<std::string> compiled() const {
-        std::set<std::string> sources;
-        for (const std::string& file : mModules.files()) {
-            if (fs::path(file).extension() == ".cpp") sources.insert(file);
-        }
-        return sources;
-    }
 
     // The files that a module and its static libraries compile.
     std::set<std::string> sourcesOf(const std::string& module) const {
@@ -170,7 +136,7 @@ TEST_F(BlueprintTest, TheDeviceCompilesWhatLinuxCompiles) {
         if (isOfTheDevice(source) && !isOnlyForLinux(source)) expected.insert(source);
     }
     std::set<std::string> found;
-    for (const std::string& source : compiled()) {
+    for (const std::string& source : mModules.sources()) {
         if (isOfTheDevice(source)) found.insert(source);
     }
     EXPECT_THAT(expected, Contains("provider/EntryPoint.cpp"));
@@ -179,7 +145,7 @@ TEST_F(BlueprintTest, TheDeviceCompilesWhatLinuxCompiles) {
 }
 
 TEST_F(BlueprintTest, WhatTheTestsAndTheFuzzTargetShareIsCompiledOnLinuxToo) {
-    EXPECT_THAT(without(compiled(), compiledOnLinux()), IsEmpty());
+    EXPECT_THAT(without(mModules.sources(), compiledOnLinux()), IsEmpty());
 }
 
 TEST_F(BlueprintTest, EveryProgramIsLinkedWithTheSourcesOfTheHeadersThatItIncludes) {
@@ -200,7 +166,7 @@ TEST_F(BlueprintTest, WhatIsOlderThanTheNamesThatWeUseIsNotNeeded) {
             "[^\\\\]\\n\\s*\\[\\[clang::|\\bMOCK_METHOD\\(|GTEST_FLAG_SET|TempDir\\(");
     static const std::regex kRenamed("INSTANTIATE_TEST_SUITE_P|TYPED_TEST_SUITE|GTEST_SKIP");
     constexpr char kOlderNames[] = "tests/support/OlderGoogleTest.h";
-    for (const std::string& source : withHeaders(compiled())) {
+    for (const std::string& source : withHeaders(mModules.sources())) {
         const std::string text = sourceText(source);
         std::smatch match;
         EXPECT_FALSE(std::regex_search(text, match, kYounger)) << source << ": " << match.str();

@@ -74,6 +74,28 @@ std::string sourceText(const fs::path& file) {
     return text;
 }
 
+std::set<std::string> headersOf(const std::string& file) {
+    static const std::regex kInclude("#include \"([^\"]+)\"");
+    const std::string text = sourceText(file);
+    std::set<std::string> headers;
+    for (std::sregex_iterator it(text.begin(), text.end(), kInclude), end; it != end; ++it) {
+        headers.insert((*it)[1]);
+    }
+    return headers;
+}
+
+std::set<std::string> withHeaders(std::set<std::string> files) {
+    std::vector<std::string> unread(files.begin(), files.end());
+    while (!unread.empty()) {
+        const std::string file = unread.back();
+        unread.pop_back();
+        for (const std::string& header : headersOf(file)) {
+            if (files.insert(header).second) unread.push_back(header);
+        }
+    }
+    return files;
+}
+
 std::set<LoggedText> loggedTexts() {
     std::set<LoggedText> texts;
     for (const char* directory : {"provider", "mapper"}) {

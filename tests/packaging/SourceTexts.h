@@ -22,6 +22,12 @@ std::set<LoggedText> fatalTexts();
 /** The whole of a file, relative to the source directory; the test fails if there is none. */
 std::string sourceText(const std::filesystem::path& file);
 
+/** The project's headers that a file includes itself. */
+std::set<std::string> headersOf(const std::string& file);
+
+/** The files, and all headers of the project that they include. */
+std::set<std::string> withHeaders(std::set<std::string> files);
+
 /** Everything that looks like the definition, declaration or call of a function, by name, in all
  *  C++ and interface files of the given directories. */
 std::set<std::string> functionNames(const std::vector<std::string>& directories);

@@ -31,7 +31,6 @@ using ::testing::Not;
 const fs::path kDevice = fs::path(ORVO_SOURCE_DIR) / "device";
 const std::string kService = "android.hardware.camera.provider@2.4-service-orvo";
 constexpr char kInterface[] = "android.hardware.camera.provider@2.4::ICameraProvider";
-constexpr char kMap[] = "/vendor/etc/orvo_vendor_manifest.xml";
 
 std::string textOf(const fs::path& file) {
     std::string text;
@@ -146,13 +145,12 @@ TEST(DeviceInitFileTest, NamesTheInterfaceOfEachInstance) {
     EXPECT_EQ(named, servedInstances());
 }
 
-TEST(DevicePolicyTest, TheServicesProgramAndTheMapAreLabelled) {
+TEST(DevicePolicyTest, TheServicesProgramIsLabelled) {
     std::map<std::string, std::string> labels;
     for (const auto& [path, label] : labelsOf("sepolicy/file_contexts")) {
         labels[std::regex_replace(path, std::regex(R"(\\\.)"), ".")] = label;
     }
     EXPECT_EQ(labels["/vendor/bin/hw/" + kService], "hal_camera_orvo_exec");
-    EXPECT_EQ(labels[kMap], "vendor_configs_file");
     EXPECT_THAT(declaredTypes(), Contains("hal_camera_orvo_exec"));
 }
 

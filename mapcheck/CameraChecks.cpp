@@ -13,6 +13,7 @@ namespace naming = ::android::hardware::camera::provider::V2_4::implementation;
 void CameraChecks::add(const MapEntry& entry, const std::vector<std::string>& names) {
     const std::string type = typeOf(entry.key);
     for (const std::string& name : names) {
+        if (!checkDeviceName(entry, name, mFindings)) continue;
         naming::DeviceInfo info;
         naming::parseDeviceString(name, info);
         const std::string major = info.version.substr(0, info.version.find('.'));

@@ -1,22 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
-// Duplicates, providers that go together or wait for one another, and undeclared instances.
+// Duplicates, providers that go together or wait for one another, undeclared instances, and vendor
+// tags that hide others.
 
 #include "mapcheck/EntryChecks.h"
 
+#include <algorithm>
 #include <unordered_map>
 
 #include "mapcheck/CameraChecks.h"
 #include "mapcheck/NameChecks.h"
+#include "mapcheck/Utf8.h"
 
 namespace orvo::mapcheck {
 namespace {
 
 constexpr char kServedHere[] = "value-is-served-here";
 
+/** A vendor tag of an entry's provider. */
+struct KnownTag {
+    const MapEntry* entry;
+    std::string name;
+};
+
 /** What stands behind one key so far. */
 struct Instance {
     std::unordered_map<std::string, const MapEntry*> byValue;  // Key: the provider.
     std::unordered_map<std::string, const MapEntry*> byType;   // Key: the type of the provider.
+    std::unordered_map<uint32_t, KnownTag> byTag;              // Key: the tag's id.
 };
 
 class Checker {
@@ -37,7 +47,10 @@ class Checker {
         const bool isGood = checkValue(entry, mFindings);
         if (!checkServedElsewhere(entry) || !isGood) return;
         checkDeclared(entry, entry.value, "value");
-        addCameras(entry);
+        const auto provider = mSurroundings.providers.find(entry.value);
+        if (provider == mSurroundings.providers.end() || !isAskedFor(entry.key)) return;
+        mCameras.add(entry, provider->second.devices);
+        for (const VendorTag& tag : provider->second.vendorTags) addTag(entry, tag, &instance);
     }
 
   private:
@@ -107,10 +120,20 @@ class Checker {
         return false;
     }
 
-    void addCameras(const MapEntry& entry) {
-        const auto found = mSurroundings.devices.find(entry.value);
-        if (found == mSurroundings.devices.end() || !isAskedFor(entry.key)) return;
-        mCameras.add(entry, found->second);
+    // The library asks the providers in the order of their names; the framework keeps what it reads
+    // last.
+    void addTag(const MapEntry& entry, const VendorTag& tag, Instance* instance) {
+        const auto [first, isNew] = instance->byTag.try_emplace(tag.id, KnownTag{&entry, tag.name});
+        if (isNew) return;
+        const KnownTag& other = first->second;
+        mFindings->warning(entry.line, "vendor-tag-collision",
+                           quoted(entry.value) + " and " + quoted(other.entry->value) +
+                                   " both have the vendor tag 0x" + hexadecimal(tag.id, 8) + ", " +
+                                   escaped(tag.name) + " and " + escaped(other.name) +
+                                   ": the framework knows only that of " +
+                                   quoted(std::max(entry.value, other.entry->value)) +
+                                   ", the last by name; give one of them another id");
+        mFindings->note(other.entry->line, "the first provider with this tag");
     }
 
     const Surroundings& mSurroundings;

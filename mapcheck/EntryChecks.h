@@ -2,21 +2,19 @@
 // What can be said about the entries of a map from one another and from the device around them.
 #pragma once
 
-#include <map>
-#include <string>
 #include <vector>
 
 #include "mapcheck/Finding.h"
 #include "mapcheck/Manifest.h"
 #include "mapcheck/MapFile.h"
+#include "mapcheck/Providers.h"
 
 namespace orvo::mapcheck {
 
 /** What is known about the device that the map is for. */
 struct Surroundings {
     const Manifest* manifest = nullptr;  ///< Null if it was not given.
-    /** Key: a provider's instance. Value: the device names that it reports. */
-    std::map<std::string, std::vector<std::string>> devices;
+    Providers providers;
 };
 
 /** Checks all entries, each against the others, in a time linear in their number. */

@@ -49,7 +49,7 @@ int checkAll(const Options& options, std::vector<Finding>* all) {
 
     Surroundings surroundings;
     if (!options.manifests.empty()) surroundings.manifest = &manifest;
-    surroundings.devices = options.devices;
+    surroundings.providers = options.providers;
     int status = CLEAN;
     for (const std::string& file : options.files) {
         status = std::max(status, checkMap(file, surroundings, all));

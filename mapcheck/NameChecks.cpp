@@ -1,15 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-// The form of keys and values. One mistake gives one finding where a second would only follow.
+// The form of keys, values and device names. One mistake gives one finding where a second would
+// only follow.
 
 #include "mapcheck/NameChecks.h"
 
+#include <stdlib.h>
 #include <string.h>
+
+#include <optional>
 
 #include "mapcheck/Utf8.h"
 #include "mapcheck/XmlFile.h"
+#include "provider/naming/DeviceInfo.h"
 
 namespace orvo::mapcheck {
 namespace {
+
+namespace naming = ::android::hardware::camera::provider::V2_4::implementation;
 
 // The entry point compares as many characters of a name as there are here.
 constexpr char kMRInstance[] = "default/0";
@@ -18,8 +25,36 @@ bool hasSlash(const std::string& name) {
     return name.find('/') != std::string::npos;
 }
 
+bool isDecimal(const std::string& text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
 bool hasEmptyPart(const std::string& name) {
     return name.front() == '/' || name.back() == '/' || name.find("//") != std::string::npos;
+}
+
+struct Version {
+    unsigned long major;
+    unsigned long minor;
+};
+
+// That of a device name which the framework can read.
+std::optional<Version> versionOf(const std::string& name) {
+    naming::DeviceInfo info;
+    if (!naming::parseDeviceString(name, info) || info.prefix != "device" || info.type.empty() ||
+        info.id.empty()) {
+        return std::nullopt;
+    }
+    const size_t point = info.version.find('.');
+    if (point == std::string::npos) return std::nullopt;
+    const std::string major = info.version.substr(0, point);
+    const std::string minor = info.version.substr(point + 1);
+    if (!isDecimal(major) || !isDecimal(minor)) return std::nullopt;
+    constexpr unsigned long kMax = 65535;
+    const Version version = {strtoul(major.c_str(), nullptr, 10),
+                             strtoul(minor.c_str(), nullptr, 10)};
+    if (version.major > kMax || version.minor > kMax) return std::nullopt;
+    return version;
 }
 
 // Where the first character stands that is neither a blank nor one that an instance may have.
@@ -102,6 +137,14 @@ bool checkKey(const MapEntry& entry, Findings* findings) {
                                 "write a name such as \"legacy/0\"");
         return false;
     }
+    if (!isDecimal(key.substr(key.find('/') + 1))) {
+        findings->error(
+                entry.line, "not-numbered",
+                "the key " + quoted(key) + " is not of the form TYPE/NUMBER: the framework " +
+                        "ignores an instance of that name, with all of its cameras; write " +
+                        "a name such as \"legacy/0\"");
+        return false;
+    }
     return true;
 }
 
@@ -138,6 +181,32 @@ bool checkValue(const MapEntry& entry, Findings* findings) {
                                 quoted(typeOf(value) + "/0") + " and can never be opened; let " +
                                 "the provider serve as that");
         return false;
+    }
+    return true;
+}
+
+bool checkDeviceName(const MapEntry& entry, const std::string& name, Findings* findings) {
+    const std::string start = quoted(entry.value) + " has " + escaped(name);
+    const std::optional<Version> version = versionOf(name);
+    if (!version) {
+        findings->error(
+                entry.line, "device-name",
+                start + ", which is not of the form device@MAJOR.MINOR/TYPE/ID with decimal " +
+                        "numbers below 65536: the framework refuses the camera, and all of " +
+                        quoted(entry.key) + " if the provider lists it; write a name such " +
+                        "as device@3.2/external/100");
+        return false;
+    }
+    if (version->major != 1 && version->major != 3) {
+        findings->error(entry.line, "device-version",
+                        start + ": the framework refuses cameras of other major versions than 1 " +
+                                "and 3; give it one of these");
+        return false;
+    }
+    if (version->major == 1 && version->minor == 0) {
+        findings->warning(entry.line, "device-version-1",
+                          start + ": the conformance test of a device whose first level is 29 " +
+                                  "refuses cameras of version 1.0; give it version 3");
     }
     return true;
 }

@@ -27,4 +27,7 @@ bool checkKey(const MapEntry& entry, Findings* findings);
 /** Checks the form of the value. True when nothing was found. */
 bool checkValue(const MapEntry& entry, Findings* findings);
 
+/** Checks the name of a camera of the entry's provider. True when the framework takes it. */
+bool checkDeviceName(const MapEntry& entry, const std::string& name, Findings* findings);
+
 }  // namespace orvo::mapcheck

@@ -25,13 +25,13 @@ bool isDeviceName(const std::string& name) {
 }
 
 // Such as "external/0=device@3.2/external/100,device@3.2/external/101".
-bool addDevices(const std::string& text, Devices* devices, std::string* error) {
+bool addDevices(const std::string& text, Providers* providers, std::string* error) {
     const size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0) {
         *error = "--devices takes INSTANCE=NAME[,NAME...], not \"" + text + "\"";
         return false;
     }
-    std::vector<std::string>& names = (*devices)[text.substr(0, equals)];
+    std::vector<std::string>& names = (*providers)[text.substr(0, equals)].devices;
     size_t start = equals + 1;
     while (true) {
         const size_t comma = text.find(',', start);
@@ -64,9 +64,10 @@ bool apply(int choice, const char* word, DescriptionReader readDescription, Opti
             options->manifests.emplace_back(optarg);
             return true;
         case DEVICES:
-            return addDevices(optarg, &options->devices, error);
+            return addDevices(optarg, &options->providers, error);
         case DESCRIPTION:
-            return readDescription != nullptr && readDescription(optarg, &options->devices, error);
+            return readDescription != nullptr &&
+                   readDescription(optarg, &options->providers, error);
         case FORMAT:
             return setFormat(optarg, options, error);
         case ':':
@@ -121,7 +122,8 @@ Says, line by line, what a device would not do with a provider map that the map 
                       external/0=device@3.2/external/100,device@3.2/external/101
 )";
     if (hasDescriptions) {
-        text += R"(  --description FILE  the same, from the YAML description of a simulated provider
+        text += R"(  --description FILE  the same, and its vendor tags, from the YAML description of a simulated
+                      provider
 )";
     }
     text += R"(  --format=json       an array of {file, line, severity, code, message} instead of lines

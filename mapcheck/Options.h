@@ -2,27 +2,26 @@
 // The command line of orvo-mapcheck.
 #pragma once
 
-#include <map>
 #include <string>
 #include <vector>
 
+#include "mapcheck/Providers.h"
+
 namespace orvo::mapcheck {
 
-/** Key: a provider's instance. Value: the device names that it reports. */
-using Devices = std::map<std::string, std::vector<std::string>>;
-
 /**
- * Adds what a description file of a simulated provider says to `devices`. On failure false, and
+ * Adds what a description file of a simulated provider says to `providers`. On failure false, and
  * `error` is one line that names the file.
  */
-using DescriptionReader = bool (*)(const std::string& file, Devices* devices, std::string* error);
+using DescriptionReader = bool (*)(const std::string& file, Providers* providers,
+                                   std::string* error);
 
 struct Options {
     bool help = false;
     bool json = false;
     std::vector<std::string> files;
     std::vector<std::string> manifests;
-    Devices devices;
+    Providers providers;
 };
 
 /**

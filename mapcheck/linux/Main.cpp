@@ -6,15 +6,21 @@
 
 namespace {
 
-bool readDescription(const std::string& file, orvo::mapcheck::Devices* devices,
+bool readDescription(const std::string& file, orvo::mapcheck::Providers* providers,
                      std::string* error) {
     const auto description = orvo::simulator::ProviderDescription::read(file);
     if (!description.ok()) {
         *error = description.error().message();
         return false;
     }
-    std::vector<std::string>& names = (*devices)[description->instance];
-    for (const auto& camera : description->cameras) names.push_back(camera.name);
+    orvo::mapcheck::Provider& provider = (*providers)[description->instance];
+    for (const auto& camera : description->cameras) provider.devices.push_back(camera.name);
+    for (const auto& section : description->vendorTags) {
+        for (const auto& tag : section.tags) {
+            provider.vendorTags.push_back(
+                    {tag.tagId, std::string(section.sectionName) + "." + std::string(tag.tagName)});
+        }
+    }
     return true;
 }
 

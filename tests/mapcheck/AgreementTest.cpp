@@ -24,10 +24,6 @@ using ::testing::Pair;
 using ::testing::SizeIs;
 using ::testing::UnorderedElementsAre;
 
-std::string entry(const std::string& value, const std::string& key = "legacy/0") {
-    return "<instance replace=\"" + value + "\">" + key + "</instance>\n";
-}
-
 class AgreementTest : public ProviderTest {
   protected:
     void TearDown() override {
@@ -289,6 +285,39 @@ TEST_F(AgreementTest, CamerasOfOneIdInTwoVersionsAreReportedUnderThatId) {
     reportPresent({"device@3.2/external/7", "device@3.5/virtual/7"});
     EXPECT_THAT(activeDevices(), ElementsAre(Pair("device@3.2/legacy/7", "device@3.2/external/7"),
                                              Pair("device@3.5/legacy/7", "device@3.5/virtual/7")));
+}
+
+TEST_F(AgreementTest, WhatTheFrameworkRefusesIsServedAllTheSame) {
+    EXPECT_THAT(check(entry("external/0", "legacy/x")), ElementsAre("not-numbered"));
+    EXPECT_NE(fetch("legacy/x"), nullptr);
+
+    EXPECT_THAT(check(entry("external/0"),
+                      {"--devices", "external/0=device@3.x/external/7,device@2.0/external/8"}),
+                ElementsAre("device-name", "device-version"));
+    makeObjectOfMap({"external/0"});
+    mObject->setCallback(mFramework);
+    reportPresent({"device@3.x/external/7", "device@2.0/external/8"});
+    EXPECT_THAT(
+            mFramework->notifications(),
+            ElementsAre(deviceNotification("device@3.x/legacy/7", CameraDeviceStatus::PRESENT),
+                        deviceNotification("device@2.0/legacy/8", CameraDeviceStatus::PRESENT)));
+}
+
+TEST_F(AgreementTest, OfVendorTagsOfOneIdThatOfTheLastProviderByNameComesLast) {
+    std::vector<std::string> descriptions;
+    for (const std::string type : {"external", "virtual"}) {
+        const std::string text = descriptionText(type, "{ id: 0x80000001, name: a, type: BYTE }");
+        descriptions.push_back("--description=" + mDirectory.write(type + ".yaml", text));
+    }
+    EXPECT_THAT(check(entry("virtual/0") + entry("external/0"), descriptions),
+                ElementsAre("vendor-tag-collision", "vendor-tag-collision"))
+            << "the second one is its note";
+    makeObjectOfMap({"virtual/0", "external/0"});
+    std::vector<std::string> sections;
+    mObject->getVendorTags([&](Status, const auto& answered) {
+        for (const auto& section : answered) sections.push_back(section.sectionName);
+    });
+    EXPECT_THAT(sections, ElementsAre("external/0", "virtual/0")) << "their markers";
 }
 
 TEST_F(AgreementTest, AMapWithoutFindingsConnectsEveryProviderOfIt) {

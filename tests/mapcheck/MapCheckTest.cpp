@@ -45,12 +45,27 @@ void expectInDocument(const JsonFinding& finding) {
 
 }  // namespace
 
+std::string entry(const std::string& value, const std::string& key) {
+    return "<instance replace=\"" + value + "\">" + key + "</instance>\n";
+}
+
+std::string mapOf(const std::string& entries) {
+    return "<providers>\n" + entries + "</providers>\n";
+}
+
 std::string manifestText(const std::vector<std::string>& instances) {
     std::string text = R"(<manifest version="1.0" type="device"><hal format="hidl">
         <name> android.hardware.camera.provider </name><transport>hwbinder</transport>
         <version>2.4</version><interface><name>ICameraProvider</name>)";
     for (const auto& instance : instances) text += "<instance> " + instance + "\n</instance>";
     return text + "</interface></hal></manifest>";
+}
+
+std::string descriptionText(const std::string& type, const std::string& tags) {
+    return "instance: " + type +
+           "/0\ntorch: true\nreportsBuiltIn: true\nvendorTags:\n  - { section: com." + type +
+           ", tags: [" + tags + "] }\ncameras:\n  - { name: device@3.2/" + type + "/" + type +
+           ", facing: BACK, resourceCost: 1 }\n";
 }
 
 ProgramEnd run(const std::vector<std::string>& arguments, const std::string& program) {

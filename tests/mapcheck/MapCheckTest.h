@@ -35,8 +35,20 @@ std::vector<JsonFinding> parseFindings(const std::string& json);
 std::vector<JsonFinding> findingsOf(const std::string& file,
                                     const std::vector<std::string>& arguments = {});
 
+/** A line of a map. */
+std::string entry(const std::string& value, const std::string& key = "legacy/0");
+
+/** A map of these lines; the first one is on line 2. */
+std::string mapOf(const std::string& entries);
+
 /** A manifest that declares these instances of the camera provider. */
 std::string manifestText(const std::vector<std::string>& instances);
+
+/**
+ * The description of a provider TYPE/0 with one camera, whose id is the type, and one section of
+ * vendor tags, "com.TYPE", with `tags` such as "{ id: 0x80000001, name: gain, type: BYTE }".
+ */
+std::string descriptionText(const std::string& type, const std::string& tags);
 
 class MapCheckTest : public ::testing::Test {
   protected:

@@ -205,5 +205,21 @@ TEST(DeviceDocumentTest, SaysHowManyIdsAPropertyHolds) {
     EXPECT_EQ(rows, 5u);
 }
 
+TEST(DeviceDocumentTest, ItsLinesForInitClearTheIdsOfEveryType) {
+    std::string text;
+    ASSERT_TRUE(android::base::ReadFileToString(ORVO_SOURCE_DIR "/docs/device.md", &text));
+    static const std::regex kLine(R"(\n    onrestart setprop (\S+) "")");
+    std::set<std::string> cleared;
+    for (std::sregex_iterator it(text.begin(), text.end(), kLine), end; it != end; ++it) {
+        cleared.insert((*it)[1]);
+    }
+    std::set<std::string> ids;
+    for (const auto& [property, label] : labelsOf("sepolicy/property_contexts")) {
+        if (std::regex_match(property, std::regex(R"(camera\..+\.ids)"))) ids.insert(property);
+    }
+    EXPECT_THAT(ids, Not(IsEmpty()));
+    EXPECT_EQ(cleared, ids);
+}
+
 }  // namespace
 }  // namespace orvo::test

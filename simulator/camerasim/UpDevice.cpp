@@ -10,6 +10,8 @@
 #include <memory>
 #include <utility>
 
+#include <cutils/properties.h>
+
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/control/WithinLimit.h"
 
@@ -129,6 +131,7 @@ void UpDevice::onEnd(const std::string& program, pid_t pid, const std::string& h
     if (program == RunningDevice::kService) {
         mFramework.detachAll();
         mTimeline.add("service", program, how + ", process " + std::to_string(pid));
+        clearProperties();
         return restartLater(kServiceWord);
     }
     if (program == RunningDevice::kServiceManager) {
@@ -142,6 +145,16 @@ void UpDevice::onEnd(const std::string& program, pid_t pid, const std::string& h
         if (RunningDevice::programOf(provider.instance) != program) continue;
         mProviders.ended(provider.instance, pid, how);
         if (mRestartProviders) restartLater(provider.instance);
+    }
+}
+
+// As the lines `onrestart setprop NAME ""` of an .rc file.
+void UpDevice::clearProperties() {
+    if (mStopping) return;
+    for (const std::string& name : mFiles.description().clearOnRestart) {
+        const bool isCleared = property_set(name.c_str(), "") == 0;
+        mTimeline.add("service", RunningDevice::kService,
+                      (isCleared ? "init clears " : "init cannot clear ") + name);
     }
 }
 

@@ -88,6 +88,7 @@ class UpDevice {
     void startAgain(const std::string& who);
     android::base::Result<void> startService();
     void onEnd(const std::string& program, pid_t pid, const std::string& how);
+    void clearProperties();
     void restartLater(const std::string& who);
     ServiceState serviceState() const;
     ProviderState providerState(const std::string& instance) const;

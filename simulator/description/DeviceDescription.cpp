@@ -65,13 +65,16 @@ Result<DeviceDescription> DeviceDescription::read(const std::string& directory) 
     DescriptionReader reader(device.directory + "/device.yaml");
     const YAML::Node root = reader.load();
     if (reader.error()) return Error() << *reader.error();
-    reader.expectKeys(root, "the device", {"name", "service", "providers"});
+    reader.expectKeys(root, "the device", {"name", "service", "providers", "clearOnRestart"});
     device.name = reader.text(root, "name", "the device");
     for (const YAML::Node& node : reader.list(root, "service", "the device", true)) {
         device.serviceInstances.push_back(reader.textOf(node, "an entry of service"));
     }
     Result<std::vector<ProviderProgram>> providers = readProviders(reader, root, device.directory);
     if (!providers) return providers.error();
+    for (const YAML::Node& node : reader.list(root, "clearOnRestart", "the device", false)) {
+        device.clearOnRestart.push_back(reader.textOf(node, "an entry of clearOnRestart"));
+    }
     if (reader.error()) return Error() << *reader.error();
     device.providers = *providers;
     return device;

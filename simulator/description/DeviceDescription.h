@@ -22,6 +22,8 @@ struct DeviceDescription {
     std::string name;
     std::vector<std::string> serviceInstances;  ///< what the camera provider service serves
     std::vector<ProviderProgram> providers;     ///< in the order in which they are started
+    /** Properties that init empties when the service has ended, before it starts it again. */
+    std::vector<std::string> clearOnRestart;
 
     std::string vendorTree() const { return directory + "/vendor"; }
 

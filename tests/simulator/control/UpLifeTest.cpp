@@ -117,6 +117,22 @@ TEST_F(UpLifeTest, RestartStartsProvidersAgain) {
     EXPECT_EQ(1, device->provider("external/0").deaths);
 }
 
+TEST_F(UpLifeTest, InitClearsWhatTheDeviceNamesBeforeItStartsTheServiceAgain) {
+    const std::string directory = copiedDevice();
+    edit(directory + "/device.yaml",
+         "service:", "clearOnRestart: [camera.external.ids, camera..ids]\nservice:");
+    const auto device = boot({directory});
+    device->request({{"command", "kill"}, {"provider", "service"}});
+    // What is not named is appended to; then all reports of the new service are in.
+    EXPECT_TRUE(device->waitFor({{"property", "camera.virtual.ids"}, {"value", "8, 7, 8, 7"}}));
+    EXPECT_TRUE(device->waitFor({{"cameras", 6}}));
+    EXPECT_TRUE(device->waitFor({{"property", "camera.external.ids"}, {"value", "100, 101"}}));
+    const std::vector<std::string> history = device->history();
+    EXPECT_THAT(history, Contains("service camera_provider_service init clears "
+                                  "camera.external.ids"));
+    EXPECT_THAT(history, Contains("service camera_provider_service init cannot clear camera..ids"));
+}
+
 TEST_F(UpLifeTest, ADeviceWithoutAServiceManagerEnds) {
     const auto device = boot();
     const auto& history = device->history();

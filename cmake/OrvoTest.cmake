@@ -1,7 +1,11 @@
 # SPDX-License-Identifier: Apache-2.0
 # orvo_add_test(NAME SOURCES ... LIBRARIES ... [TIMEOUT s] [DEFINITIONS ...] [LABELS ...]): one
 # GoogleTest program; every test case in it becomes one test of CTest, so that each runs in a process
-# of its own. The label "device" says that it boots a simulated device.
+# of its own. A label is also a target, <label>_tests, which builds the programs that have it:
+#
+#   library   the tests of provider/ and mapper/
+#   host      those of host/
+#   device    what boots a simulated device
 
 include(GoogleTest)
 
@@ -30,6 +34,12 @@ function(orvo_add_test name)
   if(CMAKE_CROSSCOMPILING)
     target_link_libraries(${name} PRIVATE orvo_emulated_exec ${CMAKE_DL_LIBS})
   endif()
+  foreach(label ${ARG_LABELS})
+    if(NOT TARGET ${label}_tests)
+      add_custom_target(${label}_tests)
+    endif()
+    add_dependencies(${label}_tests ${name})
+  endforeach()
   gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}/"
                        PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
 endfunction()

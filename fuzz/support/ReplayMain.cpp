@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Replays the inputs of a fuzzer, for builds without libFuzzer: each is given to the target once.
 //
-// usage: <target>_replay FILE_OR_DIRECTORY...
+// usage: fuzz_replay TARGET FILE_OR_DIRECTORY...
 
 #include <stdint.h>
 #include <stdio.h>
@@ -10,12 +10,26 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
+#include <string>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
+// What the build knows: ORVO_FUZZ_TARGET(name) for each target.
+#define ORVO_FUZZ_TARGET(name) extern "C" int name##_input(const uint8_t* data, size_t size);
+#include "FuzzTargets.inc"
+#undef ORVO_FUZZ_TARGET
 
 namespace {
+
+using Target = int (*)(const uint8_t* data, size_t size);
+
+/** By their names. */
+const std::map<std::string, Target> kTargets = {
+#define ORVO_FUZZ_TARGET(name) {#name, name##_input},
+#include "FuzzTargets.inc"
+#undef ORVO_FUZZ_TARGET
+};
 
 namespace fs = std::filesystem;
 
@@ -29,7 +43,7 @@ std::vector<fs::path> filesOf(const fs::path& path) {
     return files;
 }
 
-bool replay(const fs::path& file) {
+bool replay(Target target, const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     const std::vector<char> content{std::istreambuf_iterator<char>(stream), {}};
     if (!stream) return false;
@@ -39,17 +53,24 @@ bool replay(const fs::path& file) {
     // Of exactly its size, so that a read past its end is seen.
     const std::unique_ptr<uint8_t[]> exact(new uint8_t[content.size()]);
     std::copy(content.begin(), content.end(), exact.get());
-    LLVMFuzzerTestOneInput(exact.get(), content.size());
+    target(exact.get(), content.size());
     return true;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+    const auto target = kTargets.find(argc < 2 ? "" : argv[1]);
+    if (target == kTargets.end()) {
+        fprintf(stderr, "Name a target first, which is one of:");
+        for (const auto& [name, function] : kTargets) fprintf(stderr, " %s", name.c_str());
+        fprintf(stderr, "\n");
+        return 1;
+    }
     size_t count = 0;
-    for (int i = 1; i < argc; i++) {
+    for (int i = 2; i < argc; i++) {
         for (const fs::path& file : filesOf(argv[i])) {
-            if (!replay(file)) {
+            if (!replay(target->second, file)) {
                 fprintf(stderr, "%s cannot be read; name files or directories of inputs\n",
                         file.c_str());
                 return 1;

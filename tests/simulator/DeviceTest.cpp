@@ -363,7 +363,3 @@ TEST(FreshDeviceTest, NobodyIsToldBeforeAFrameworkRegisters) {
 
 }  // namespace
 }  // namespace orvo::simulator::testing
-
-int main(int argc, char** argv) {
-    return orvo::simulator::testing::runTestsInsideDevice(argc, argv);
-}

@@ -209,7 +209,3 @@ INSTANTIATE_TEST_SUITE_P(, DeviceRecoveryTest, ::testing::Values(Ending::KILLED,
 
 }  // namespace
 }  // namespace orvo::simulator::testing
-
-int main(int argc, char** argv) {
-    return orvo::simulator::testing::runTestsInsideDevice(argc, argv);
-}

@@ -12,6 +12,7 @@
 
 #include <android-base/thread_annotations.h>
 #include <android-base/unique_fd.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/control/DeviceState.h"
 

@@ -7,6 +7,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/LogLine.h"

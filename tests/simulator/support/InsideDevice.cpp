@@ -80,7 +80,10 @@ RunningDevice& device() {
     return *gDevice;
 }
 
-int runTestsInsideDevice(int argc, char** argv) {
+}  // namespace orvo::simulator::testing
+
+int main(int argc, char** argv) {
+    using namespace orvo::simulator::testing;
     if (getenv(kStageVariable) == nullptr && !onlyLists(argc, argv)) {
         return runOutside(argc, argv);
     }
@@ -93,5 +96,3 @@ int runTestsInsideDevice(int argc, char** argv) {
     // Threads of the pool still run; ending without destructors is the only safe way out.
     _exit(status);
 }
-
-}  // namespace orvo::simulator::testing

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// InsideDevice: runs a test program inside the namespace of a device that it has booted.
+// InsideDevice: the main() of tests that run inside the namespace of a device that it has booted.
 
 #pragma once
 
@@ -12,8 +12,5 @@ namespace orvo::simulator::testing {
  * after the last. CTest runs each test in a process of its own, so with a device of its own.
  */
 RunningDevice& device();
-
-/** main() of such a program: runs itself again inside the namespace, and the tests there. */
-int runTestsInsideDevice(int argc, char** argv);
 
 }  // namespace orvo::simulator::testing

@@ -13,6 +13,7 @@
 #include <cutils/properties.h>
 
 #include "provider/LogTag.h"
+#include "provider/naming/CameraIdProperty.h"
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 namespace {
@@ -21,7 +22,6 @@ constexpr char kProviderMapFile[] = "/vendor/etc/orvo_vendor_manifest.xml";
 constexpr int kMapLoadErrorNumber = 165;  // Part of the text that log readers search for.
 
 constexpr char kExternalProvider[] = "external/0";
-constexpr char kExternalProviderAddedProperty[] = "service.cam_prvdr.external_0.added";
 
 }  // namespace
 

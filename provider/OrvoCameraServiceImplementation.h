@@ -91,6 +91,14 @@ class OrvoCameraServiceImplementation : public ICameraProvider,
     Return<void> getCameraDeviceInterface_V3_x(const hidl_string& cameraDeviceName,
                                                getCameraDeviceInterface_V3_x_cb _hidl_cb) override;
 
+    /**
+     * Of the base interface: writes the state of the object as text to the first descriptor of
+     * `fd`, which may be null, closed or full: what cannot be written at once is dropped. Calls
+     * nobody, and takes mActiveDevicesMutex for a copy only. The options are not used.
+     */
+    Return<void> debug(const hidl_handle& fd, const hidl_vec<hidl_string>& options) override
+            EXCLUDES(mActiveDevicesMutex);
+
     /** Withdraws a dead provider's cameras and starts its reconnection. `who` is not used. */
     void serviceDied(uint64_t cookie, const wp<IBase>& who) override;
 

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <string>
 
 #include <cutils/properties.h>
 
@@ -15,15 +14,6 @@ namespace android::hardware::camera::provider::V2_4::implementation {
 namespace {
 
 using PropertyValue = std::array<char, PROPERTY_VALUE_MAX>;
-
-std::string propertyName(std::string_view type) {
-    constexpr std::string_view kPrefix = "camera.";
-    constexpr std::string_view kSuffix = ".ids";
-    std::string name;
-    name.reserve(kPrefix.size() + type.size() + kSuffix.size());
-    name.append(kPrefix).append(type).append(kSuffix);
-    return name;
-}
 
 // The size of the value, which ends with a NUL.
 size_t readProperty(const std::string& name, PropertyValue& value) {
@@ -33,9 +23,18 @@ size_t readProperty(const std::string& name, PropertyValue& value) {
 
 }  // namespace
 
+std::string cameraIdProperty(std::string_view type) {
+    constexpr std::string_view kPrefix = "camera.";
+    constexpr std::string_view kSuffix = ".ids";
+    std::string name;
+    name.reserve(kPrefix.size() + type.size() + kSuffix.size());
+    name.append(kPrefix).append(type).append(kSuffix);
+    return name;
+}
+
 void appendCameraIdToSystemProperty(std::string_view type, std::string_view id) {
     constexpr std::string_view kSeparator = ", ";
-    const std::string name = propertyName(type);
+    const std::string name = cameraIdProperty(type);
     PropertyValue value;
     const size_t size = readProperty(name, value);
 
@@ -50,7 +49,7 @@ void appendCameraIdToSystemProperty(std::string_view type, std::string_view id) 
 }
 
 void removeCameraIdFromSystemProperty(std::string_view type, std::string_view id) {
-    const std::string name = propertyName(type);
+    const std::string name = cameraIdProperty(type);
     PropertyValue value;
     size_t size = readProperty(name, value);
     if (size == 0) return;

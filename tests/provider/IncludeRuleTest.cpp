@@ -71,8 +71,8 @@ bool isCxxLibrary(const std::string& name) {
 
 bool isPosix(const std::string& name) {
     static const std::set<std::string> kHeaders = {
-            "dlfcn.h",  "errno.h",  "fcntl.h",    "limits.h",    "pthread.h",
-            "stdint.h", "stdio.h",  "stdlib.h",   "string.h",    "time.h",
+            "dlfcn.h",  "errno.h",  "fcntl.h",    "limits.h",    "poll.h",    "pthread.h",
+            "signal.h", "stdint.h", "stdio.h",    "stdlib.h",    "string.h",  "time.h",
             "unistd.h", "stddef.h", "inttypes.h", "sys/types.h", "sys/stat.h"};
     return kHeaders.count(name) > 0;
 }

@@ -4,6 +4,7 @@
 
 #include <pthread.h>
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <fstream>
 #include <functional>
@@ -86,7 +87,9 @@ TEST(ThreadSanitizerSuppressionsTest, NameTheThreeReferencesAndNothingElse) {
                 testing::ElementsAre(
                         testing::ContainsRegex("^race:.*sp<.*ICameraProviderCallback>::sp"),
                         testing::ContainsRegex("^race:.*sp<.*ICameraProvider>::sp"),
-                        testing::ContainsRegex("^race:.*wp<.*ICameraProvider>::promote")));
+                        testing::ContainsRegex("^race:.*wp<.*ICameraProvider>::promote"),
+                        testing::ContainsRegex("^race:.*sp<.*ICameraProviderCallback>::get"),
+                        testing::ContainsRegex("^race:.*sp<.*ICameraProvider>::get")));
 }
 
 TEST_F(ThreadSanitizerTest, AnInjectedRaceIsReported) {
@@ -133,6 +136,17 @@ TEST_F(ThreadSanitizerTest, ReconnectingWhileVendorTagsAreReadIsMeantToBe) {
 TEST_F(ThreadSanitizerTest, ReconnectingWhileCamerasAreListedIsMeantToBe) {
     EXPECT_EXIT(reconnectWhile([this] { mObject->getCameraIdList([](auto, const auto&) {}); }),
                 ExitedWithCode(0), matched("wp<.*ICameraProvider>::promote\\("));
+}
+
+TEST_F(ThreadSanitizerTest, LookingAtTheObjectWhileAllOfThemAreReplacedIsMeantToBe) {
+    // A handle with a descriptor, so that there is somebody to tell.
+    native_handle_t* const handle = native_handle_create(1, 0);
+    handle->data[0] = STDERR_FILENO;
+    const auto look = [&] { mObject->debug(android::hardware::hidl_handle(handle), {}); };
+    EXPECT_EXIT(replaceCallbacksWhile(look), ExitedWithCode(0),
+                matched("sp<.*ICameraProviderCallback>::get\\("));
+    EXPECT_EXIT(reconnectWhile(look), ExitedWithCode(0), matched("sp<.*ICameraProvider>::get\\("));
+    native_handle_delete(handle);
 }
 
 }  // namespace

@@ -62,6 +62,7 @@ std::vector<std::string> FakeProperties::reads() const {
 }
 
 std::string FakeProperties::read(const std::string& name) {
+    if (onRead) onRead();
     {
         const std::lock_guard<std::mutex> lock(mMutex);
         mReads.push_back(name);

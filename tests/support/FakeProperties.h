@@ -46,8 +46,9 @@ class FakeProperties {
     /** Every read fails, which gives its default; every write is refused. */
     std::atomic<bool> readsFail = false;
     std::atomic<bool> writesFail = false;
-    /** Runs at the start of every write, before the store is locked. */
+    /** Run at the start of every write and read, before the store is locked. */
     std::function<void()> onWrite;
+    std::function<void()> onRead;
 
     std::string read(const std::string& name);
     bool write(const std::string& name, const std::string& value);

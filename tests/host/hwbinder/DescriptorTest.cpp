@@ -106,6 +106,17 @@ TEST_F(DescriptorTest, AHandleInsideAStructureArrives) {
     EXPECT_EQ("label: inside", seen);
 }
 
+TEST_F(DescriptorTest, ThePeerIsDebuggedIntoADescriptor) {
+    int ends[2];
+    ASSERT_EQ(0, pipe2(ends, O_CLOEXEC));
+    ASSERT_TRUE(peer->debug(handleOf({ends[1]}), {"first", "second"}).isOk());
+    std::string content(32, ' ');
+    content.resize(std::max<ssize_t>(read(ends[0], content.data(), content.size()), 0));
+    EXPECT_EQ("first\nsecond\n", content);
+    close(ends[0]);
+    EXPECT_TRUE(peer->debug(hidl_handle(), {"for nobody"}).isOk());
+}
+
 TEST_F(DescriptorTest, NoDescriptorIsLeftBehindInThePeer) {
     ASSERT_TRUE(peer->readAll(handleOf({pipeWith("warm up")}), [](const auto&) {}).isOk());
     const int32_t before = peer->countDescriptors();

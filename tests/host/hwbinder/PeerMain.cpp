@@ -93,6 +93,14 @@ class Peer : public IPeer {
         return Void();
     }
 
+    // Of the base interface: writes the options back, or nothing for want of a handle.
+    Return<void> debug(const hidl_handle& fd, const hidl_vec<hidl_string>& options) override {
+        std::string text;
+        for (const std::string option : options) text += option + "\n";
+        if (fd != nullptr && write(fd->data[0], text.data(), text.size()) < 0) abort();
+        return Void();
+    }
+
     Return<int32_t> countDescriptors() override {
         const std::filesystem::directory_iterator all("/proc/self/fd");
         return static_cast<int32_t>(std::distance(begin(all), end(all)));

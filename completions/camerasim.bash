@@ -16,6 +16,7 @@ _camerasim_names() {
 _camerasim_arguments() {
     case $1:$2 in
         open:1|close:1|torch:1) _camerasim_names cameras ;;
+        dump:1) _camerasim_names services ;;
         torch:2) printf '%s\n' on off ;;
         kill:1|hang:1|start:1) _camerasim_names providers; echo service ;;
         plug:1|unplug:1) _camerasim_names providers ;;

@@ -2,6 +2,7 @@
 // UpCameras: the requests that the framework passes on to the service, and the properties.
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <android-base/strings.h>
@@ -59,7 +60,8 @@ bool isVersion1(const std::string& camera) {
 
 }  // namespace
 
-UpRequests::Answer UpRequests::tags(const Request& request) {
+UpRequests::Answer UpRequests::askServices(
+        const Request& request, const std::function<Answer(FrameworkClient& client)>& question) {
     const json& wanted = request.members["service"];
     std::vector<std::string> services = mDevice.framework().instances();
     if (wanted.is_string()) services = {wanted.get<std::string>()};
@@ -70,13 +72,28 @@ UpRequests::Answer UpRequests::tags(const Request& request) {
             return Error() << "the service does not serve '" << service << "'; it serves "
                            << android::base::Join(mDevice.framework().instances(), ", ");
         }
-        const auto answer = client->vendorTags();
-        if (!answer.arrived()) return Error() << notAnswered(service, answer);
-        all.push_back({{"service", service},
-                       {"status", toString(answer.status)},
-                       {"sections", sectionsOf(answer.value)}});
+        Answer answer = question(*client);
+        if (!answer) return Error() << service << " did not answer: " << answer.error().message();
+        (*answer)["service"] = service;
+        all.push_back(std::move(*answer));
     }
     return wanted.is_string() ? all[0] : all;
+}
+
+UpRequests::Answer UpRequests::tags(const Request& request) {
+    return askServices(request, [](FrameworkClient& client) -> Answer {
+        const auto answer = client.vendorTags();
+        if (!answer.arrived()) return Error() << answer.failure;
+        return json{{"status", toString(answer.status)}, {"sections", sectionsOf(answer.value)}};
+    });
+}
+
+UpRequests::Answer UpRequests::dump(const Request& request) {
+    return askServices(request, [](FrameworkClient& client) -> Answer {
+        const auto answer = client.dump();
+        if (!answer.arrived()) return Error() << answer.failure;
+        return json{{"text", answer.value}};
+    });
 }
 
 UpRequests::Answer UpRequests::props() const {

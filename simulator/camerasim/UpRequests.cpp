@@ -72,6 +72,7 @@ UpRequests::Answer UpRequests::perform(const Request& request) {
     const std::string& command = request.command;
     if (command == "state") return nlohmann::json(mDevice.state(true));
     if (command == "tags") return tags(request);
+    if (command == "dump") return dump(request);
     if (command == "props") return props();
     if (command == "open") return open(request);
     if (command == "close") return close(request);

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include <android-base/result.h>
@@ -37,8 +38,11 @@ class UpRequests {
     void waitFor(const Request& request, Reply& reply);
     void stop(Reply& reply);
 
-    // Questions.
+    // Questions; the first two to one service or to all.
     Answer tags(const Request& request);
+    Answer dump(const Request& request);
+    Answer askServices(const Request& request,
+                       const std::function<Answer(FrameworkClient& client)>& question);
     Answer props() const;
 
     // What the framework does.

@@ -34,6 +34,7 @@ const std::map<std::string, std::vector<Member>>& grammar() {
     static const std::map<std::string, std::vector<Member>> kGrammar = {
             {"state", {}},
             {"tags", {{"service", Type::TEXT, kAbsent}}},
+            {"dump", {{"service", Type::TEXT, kAbsent}}},
             {"props", {}},
             {"open", {{"camera", Type::TEXT, kRequired}, {"hold", Type::FLAG, false}}},
             {"close", {{"camera", Type::TEXT, kRequired}}},

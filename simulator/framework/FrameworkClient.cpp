@@ -3,7 +3,12 @@
 
 #include "simulator/framework/FrameworkClient.h"
 
+#include <sys/mman.h>
+
 #include <utility>
+
+#include <android-base/file.h>
+#include <android-base/unique_fd.h>
 
 namespace orvo::simulator {
 
@@ -228,6 +233,21 @@ Answer<bool> FrameworkClient::setTorchMode(const std::string& name, bool on) {
     answer.failure = failureOf(result);
     if (answer.arrived()) answer.status = result;
     answer.value = answer.ok();
+    return answer;
+}
+
+Answer<std::string> FrameworkClient::dump() {
+    Answer<std::string> answer;
+    // A file and not a pipe: it takes everything, without somebody who reads meanwhile.
+    const android::base::unique_fd file(memfd_create("dump", MFD_CLOEXEC));
+    native_handle_t* const handle = native_handle_create(1, 0);
+    handle->data[0] = file.get();
+    answer.failure = failureOf(mProvider->debug(android::hardware::hidl_handle(handle), {}));
+    native_handle_delete(handle);
+    lseek(file.get(), 0, SEEK_SET);
+    if (answer.arrived() && !android::base::ReadFdToString(file.get(), &answer.value)) {
+        answer.failure = "its text cannot be read";
+    }
     return answer;
 }
 

@@ -80,6 +80,9 @@ class FrameworkClient {
     Answer<android::sp<Session>> openSession(const std::string& name);
     Answer<bool> setTorchMode(const std::string& name, bool on);
 
+    /** The text that the provider writes for whoever looks at it; "" if it has none. */
+    Answer<std::string> dump();
+
     const android::sp<Provider>& provider() const { return mProvider; }
 
   private:

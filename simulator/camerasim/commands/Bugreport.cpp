@@ -81,12 +81,20 @@ Result<void> Bugreport::write(const std::string& file) {
 
 Result<void> Bugreport::addAnswers(Archive& archive) {
     if (!mSilence.empty()) {
-        mMissing.push_back("state, events and the list of properties: " + mSilence);
+        mMissing.push_back("state, dump, events and the list of properties: " + mSilence);
         return addFile(archive, Stage(mRoot).run() + "/properties", "properties.lmdb");
     }
     Result<void> step = archive.add(mPrefix + "state.json", jsonText(mState, 2) + "\n");
+    if (step) step = addDump(archive);
     if (step) step = addProperties(archive);
     return step ? addEvents(archive) : step;
+}
+
+Result<void> Bugreport::addDump(Archive& archive) {
+    const auto answer = ask(mRoot, {{"command", "dump"}}, mPatience);
+    if (answer) return archive.add(mPrefix + "dump.txt", dumpText(*answer));
+    mMissing.push_back("dump: " + answer.error().message());
+    return {};
 }
 
 Result<void> Bugreport::addProperties(Archive& archive) {

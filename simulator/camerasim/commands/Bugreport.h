@@ -20,6 +20,7 @@ namespace orvo::simulator {
  *
  *     REPORT.txt         what it is of, and what is missing and why
  *     state.json         what the device tells of itself
+ *     dump.txt           what the services tell of themselves
  *     properties.json    its properties; or properties.lmdb, their store, if it does not answer
  *     events.ndjson      what has happened since the boot
  *     log/               what every program has logged
@@ -41,6 +42,7 @@ class Bugreport {
 
   private:
     android::base::Result<void> addAnswers(Archive& archive);
+    android::base::Result<void> addDump(Archive& archive);
     android::base::Result<void> addProperties(Archive& archive);
     android::base::Result<void> addEvents(Archive& archive);
     /** All files below a directory. */

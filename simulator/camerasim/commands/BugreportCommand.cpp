@@ -50,7 +50,8 @@ int report(const BugreportOptions& options) {
 void addBugreport(Commands& commands) {
     auto options = std::make_shared<BugreportOptions>();
     commands.add({"bugreport",
-                  "collect logs, map, manifest, properties, state and events into one .tar.gz;"
+                  "collect logs, map, manifest, properties, state, dump and events into one "
+                  ".tar.gz;"
                   " also of a device that answers no more",
                   "camerasim bugreport -o report.tar.gz"},
                  [options] { return report(*options); })

@@ -130,6 +130,7 @@ void addCommands(Commands& commands) {
     addPs(commands);
     addCameras(commands);
     addTags(commands);
+    addDump(commands);
     addProps(commands);
     addLog(commands);
     addEvents(commands);

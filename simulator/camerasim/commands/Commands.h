@@ -107,6 +107,7 @@ void addDevices(Commands& commands);
 void addPs(Commands& commands);
 void addCameras(Commands& commands);
 void addTags(Commands& commands);
+void addDump(Commands& commands);
 void addProps(Commands& commands);
 void addLog(Commands& commands);
 void addEvents(Commands& commands);

@@ -132,6 +132,16 @@ void printCameras(const DeviceState& state) {
     std::cout.flush();
 }
 
+std::string dumpText(const Json& answer) {
+    std::string all;
+    for (const Json& one : answer.is_array() ? answer : Json::array({answer})) {
+        std::string text = one.at("text");
+        if (text.empty()) text = one.at("service").get<std::string>() + " has nothing to tell\n";
+        all += (all.empty() ? "" : "\n") + text;
+    }
+    return all;
+}
+
 std::string numberedEvent(const TimelineEvent& event, bool colour) {
     char number[24];
     snprintf(number, sizeof(number), "%4lld  ", static_cast<long long>(event.number));

@@ -43,6 +43,9 @@ std::string headerOf(const DeviceState& state);
 /** The table of cameras, and for each provider without any the reason. */
 void printCameras(const DeviceState& state);
 
+/** What services wrote for whoever looks at them, one below the other; "" if there is none. */
+std::string dumpText(const nlohmann::json& answer);
+
 /** A line of the timeline behind its number, by which later events can be asked for. */
 std::string numberedEvent(const TimelineEvent& event, bool colour);
 

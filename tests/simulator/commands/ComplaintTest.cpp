@@ -18,13 +18,14 @@ class ComplaintTest : public CommandsFixture {
 TEST_F(ComplaintTest, WhatTheDeviceRefusesIsPassedOnInItsWords) {
     const std::string text = "external/0 is hung; camerasim start external/0 lets it go on";
     for (const std::string command :
-         {"state", "tags", "props", "open", "close", "kill", "exit", "hang", "start", "plug",
-          "unplug", "torch", "wait", "stop", "events"}) {
+         {"state", "tags", "dump", "props", "open", "close", "kill", "exit", "hang", "start",
+          "plug", "unplug", "torch", "wait", "stop", "events"}) {
         mDevice.refuse(command, text);
     }
     const std::vector<Words> commands = {{"ps"},
                                          {"cameras"},
                                          {"tags"},
+                                         {"dump"},
                                          {"props"},
                                          {"events"},
                                          {"watch"},
@@ -50,6 +51,7 @@ TEST_F(ComplaintTest, ANameThatNothingHasEndsWithTwo) {
                                          {"torch", "x", "on"},
                                          {"plug", "external/0", "x"},
                                          {"tags", "--service", "x"},
+                                         {"dump", "x"},
                                          {"wait", "provider", "x", "dead"}};
     for (const Words& command : commands) {
         mDevice.refuse(command[0], "there is no 'x'; there are others");
@@ -138,7 +140,7 @@ TEST_F(ComplaintTest, EveryCommandHasASentenceAndAnExample) {
         EXPECT_THAT(help.out, HasSubstr("Example: camerasim " + name)) << name;
         EXPECT_GT(help.out.find("\n"), 10u) << name << " says nothing of itself";
     }
-    EXPECT_EQ(21u, count);
+    EXPECT_EQ(22u, count);
 }
 
 }  // namespace

@@ -103,6 +103,7 @@ TEST_F(CompletionOfADeviceTest, ProvidersAndTheirDevicesAreOffered) {
                 ElementsAre("device@3.2/external/100", "device@3.2/external/usb-7C21"));
     EXPECT_THAT(offered("unplug virtual/0 "), IsEmpty());
     EXPECT_THAT(offered("tags --service l"), ElementsAre("legacy/0"));
+    EXPECT_THAT(offered("dump "), ElementsAre("default/0", "legacy/0"));
 }
 
 TEST_F(CompletionOfADeviceTest, ConditionsAreOfferedWordByWord) {

@@ -37,6 +37,7 @@ TEST_F(FindingDevicesTest, WithoutADeviceEveryCommandSaysHowToStartOne) {
     const std::vector<Words> commands = {{"ps"},
                                          {"cameras"},
                                          {"tags"},
+                                         {"dump"},
                                          {"props"},
                                          {"log"},
                                          {"events"},

@@ -139,6 +139,26 @@ TEST_F(ListingTest, TagsOfADeviceThatServesNothingSayWhy) {
                  "nothing to list: the device serves no instance; camerasim ps says why\n");
 }
 
+TEST_F(ListingTest, DumpsStandOneBelowTheOther) {
+    const Json answer = Json::array({{{"service", "default/0"}, {"text", ""}},
+                                     {{"service", "legacy/0"}, {"text", "Camera provider\n"}}});
+    mDevice.answer("dump", answer);
+    expectPrints({"dump"}, "default/0 has nothing to tell\n\nCamera provider\n");
+    expectDocument({"dump", "--format=json"}, answer);
+}
+
+TEST_F(ListingTest, ADumpOfOneServiceIsAskedForByName) {
+    mDevice.answer("dump", {{"service", "legacy/0"}, {"text", "Camera provider\n"}});
+    expectPrints({"dump", "legacy/0"}, "Camera provider\n");
+    EXPECT_EQ((Json{{"command", "dump"}, {"service", "legacy/0"}}), mDevice.requests("dump")[0]);
+}
+
+TEST_F(ListingTest, ADumpOfADeviceThatServesNothingSaysWhy) {
+    mDevice.answer("dump", Json::array());
+    expectPrints({"dump"},
+                 "nothing to list: the device serves no instance; camerasim ps says why\n");
+}
+
 TEST_F(ListingTest, PropertiesAreQuotedSoThatBlanksAreSeen) {
     const Json answer = Json::array({{{"name", "camera.legacy.ids"}, {"value", "100,101 "}},
                                      {{"name", "empty"}, {"value", ""}}});

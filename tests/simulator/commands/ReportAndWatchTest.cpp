@@ -27,6 +27,7 @@ class BugreportTest : public CommandsFixture {
   protected:
     BugreportTest() {
         mDevice.answer("props", kProperties);
+        mDevice.answer("dump", {{"service", "legacy/0"}, {"text", "Camera provider\n"}});
         mDevice.haveEvents(sampleEvents());
         mDevice.write("run/log/provider-external-0.log", "Tag I 11-21 09:58:49 1 2 message\n");
         mDevice.write("run/properties", "the store");
@@ -53,6 +54,7 @@ TEST_F(BugreportTest, TheArchiveHasEverything) {
     expectPrints({"bugreport", "-o", mFile}, "written: " + mFile + "\n");
     const std::string report = unpack();
     EXPECT_EQ(Json(mDevice.state()), Json::parse(contentOf(report + "/state.json")));
+    EXPECT_EQ("Camera provider\n", contentOf(report + "/dump.txt"));
     EXPECT_EQ(kProperties, Json::parse(contentOf(report + "/properties.json")));
     std::string events;
     for (const TimelineEvent& event : sampleEvents()) events += Json(event).dump() + "\n";
@@ -69,26 +71,28 @@ TEST_F(BugreportTest, TheArchiveHasEverything) {
 
 TEST_F(BugreportTest, ADeviceThatDoesNotAnswerGivesWhatLiesOnTheDisk) {
     mDevice.beSilent();
-    expectPrints({"bugreport", "-o", mFile, "--timeout", "0.1"},
-                 "missing: state, events and the list of properties: the device does not answer\n"
-                 "written: " +
-                         mFile + "\n");
+    expectPrints(
+            {"bugreport", "-o", mFile, "--timeout", "0.1"},
+            "missing: state, dump, events and the list of properties: the device does not answer\n"
+            "written: " +
+                    mFile + "\n");
     const std::string report = unpack();
     EXPECT_FALSE(std::filesystem::exists(report + "/state.json"));
     EXPECT_EQ("the store", contentOf(report + "/properties.lmdb"));
     EXPECT_TRUE(std::filesystem::exists(report + "/log/provider-external-0.log"));
     EXPECT_TRUE(std::filesystem::exists(report + "/vendor/etc/vintf/manifest.xml"));
     EXPECT_THAT(contentOf(report + "/REPORT.txt"),
-                HasSubstr("Missing:\n  state, events and the list of properties"));
+                HasSubstr("Missing:\n  state, dump, events and the list of properties"));
 }
 
 TEST_F(BugreportTest, ADeviceThatHasEndedIsReportedByItsDirectory) {
     mDevice.end();
     const ProgramEnd end = camerasim({"bugreport", "-o", mFile, "--device", mDevice.root()});
     EXPECT_EQ(0, end.status) << end.err;
-    EXPECT_THAT(end.out, HasSubstr("missing: state, events and the list of properties: the device"
-                                   " in '" +
-                                   mDevice.root() + "' cannot be reached"));
+    EXPECT_THAT(end.out,
+                HasSubstr("missing: state, dump, events and the list of properties: the device"
+                          " in '" +
+                          mDevice.root() + "' cannot be reached"));
     EXPECT_TRUE(std::filesystem::exists(unpack() + "/log/provider-external-0.log"));
 }
 
@@ -97,6 +101,13 @@ TEST_F(BugreportTest, WhatTheDeviceRefusesIsMissing) {
     expectPrints({"bugreport", "-o", mFile},
                  "missing: the list of properties: the store is locked\nwritten: " + mFile + "\n");
     EXPECT_TRUE(std::filesystem::exists(unpack() + "/state.json"));
+}
+
+TEST_F(BugreportTest, AServiceThatIsHungHasNoDump) {
+    mDevice.refuse("dump", "no answer within 10 s");
+    expectPrints({"bugreport", "-o", mFile},
+                 "missing: dump: no answer within 10 s\nwritten: " + mFile + "\n");
+    EXPECT_TRUE(std::filesystem::exists(unpack() + "/properties.json"));
 }
 
 TEST_F(BugreportTest, WithoutANameItIsCalledAfterTheDevice) {

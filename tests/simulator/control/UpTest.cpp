@@ -13,6 +13,7 @@ namespace orvo::simulator::testing {
 namespace {
 
 using nlohmann::json;
+using ::testing::AllOf;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
@@ -78,6 +79,37 @@ TEST_F(UpTest, TellsVendorTagsOfOneServiceOrOfAll) {
     EXPECT_EQ(one, all[1]);
     EXPECT_EQ("the service does not serve 'external/0'; it serves default/0, legacy/0",
               mDevice->refusal({{"command", "tags"}, {"service", "external/0"}}));
+}
+
+TEST_F(UpTest, DumpsOneServiceOrAll) {
+    const json request = {{"command", "dump"}, {"service", "legacy/0"}};
+    EXPECT_EQ(
+            "Camera provider legacy/0 of type legacy\n"
+            "Framework: registered\n"
+            "Providers:\n"
+            "  external/0 of type external: connected, shim alive\n"
+            "  virtual/0 of type virtual: connected, shim alive\n"
+            "Active devices:\n"
+            "  device@1.0/legacy/8 <- device@1.0/virtual/8\n"
+            "  device@3.2/legacy/100 <- device@3.2/external/100\n"
+            "  device@3.2/legacy/101 <- device@3.2/external/101\n"
+            "  device@3.2/legacy/7 <- device@3.2/virtual/7\n"
+            "Properties:\n"
+            "  camera.external.ids = \"100, 101\"\n"
+            "  camera.virtual.ids = \"8, 7\"\n"
+            "  service.cam_prvdr.external_0.added = \"1\"\n",
+            mDevice->request(request)["text"].get<std::string>());
+    const json all = mDevice->request({{"command", "dump"}});
+    ASSERT_EQ(2u, all.size());
+    EXPECT_EQ(json({{"service", "default/0"}, {"text", ""}}), all[0]);
+    EXPECT_EQ("legacy/0", all[1]["service"]);
+
+    does("kill", "external/0");
+    ASSERT_TRUE(mDevice->waitFor({{"camera", kBackCamera}, {"status", "NOT_PRESENT"}}));
+    EXPECT_THAT(mDevice->request(request)["text"].get<std::string>(),
+                AllOf(HasSubstr("  external/0 of type external: not connected, shim alive\n"),
+                      HasSubstr("Active devices:\n  device@1.0/legacy/8 "),
+                      HasSubstr("  camera.external.ids = \"\"\n")));
 }
 
 TEST_F(UpTest, TellsProperties) {
@@ -239,6 +271,8 @@ TEST_F(UpTest, AHungProviderHangsNobodyElse) {
               mDevice->refusal({{"command", "open"}, {"camera", kBackCamera}}));
     EXPECT_EQ(true,
               mDevice->request({{"command", "open"}, {"camera", "device@3.2/legacy/7"}})["opened"]);
+    EXPECT_THAT(mDevice->request({{"command", "dump"}})[1]["text"].get<std::string>(),
+                HasSubstr("external/0 of type external: connected, shim alive"));
     EXPECT_EQ("goes on", does("start", "external/0")["what"]);
     EXPECT_FALSE(mDevice->provider("external/0").hung);
     EXPECT_EQ("external/0 is not hung",

@@ -77,6 +77,17 @@ TEST(ParcelTest, FlatValuesArePaddedToFourBytesAndNotToEight) {
     EXPECT_EQ(20u, parcel.dataSize()) << "five bytes with the NUL";
 }
 
+TEST(ParcelTest, EveryByteButZeroIsTrue) {
+    Parcel parcel;
+    for (const uint8_t byte : {0, 1, 208}) parcel.writeUint8(byte);
+    parcel.setDataPosition(0);
+    for (const bool expected : {false, true, true}) {
+        bool flag = !expected;
+        ASSERT_EQ(OK, parcel.readBool(&flag));
+        EXPECT_EQ(expected, flag);
+    }
+}
+
 TEST(ParcelTest, ReadingPastTheEndGivesNotEnoughData) {
     Parcel parcel;
     parcel.writeInt32(1);

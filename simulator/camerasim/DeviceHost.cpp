@@ -26,14 +26,6 @@ using android::base::unique_fd;
 
 namespace {
 
-/** What the outer half waits for: its child's end, and whatever asks it to stop. */
-sigset_t awaitedSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGCHLD, SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, signal);
-    return signals;
-}
-
 /** Starts the inner half; it holds the lifeline, and `stop` tells it to stop by ending. */
 Result<pid_t> startInside(const Sandbox& sandbox, const std::vector<std::string>& command,
                           int lifeline, int stop) {
@@ -56,14 +48,14 @@ Result<pid_t> startInside(const Sandbox& sandbox, const std::vector<std::string>
 }
 
 /** Waits for the inner half; a signal asks it to stop, a second one ends it at once. */
-int awaitEnd(pid_t child, unique_fd stop) {
-    const sigset_t signals = awaitedSignals();
+int awaitEnd(pid_t child, unique_fd stop, AwaitedSignals& signals) {
     int interrupted = 0;
+    int requests = 0;
     for (;;) {
-        int signal = 0;
-        sigwait(&signals, &signal);
+        const int signal = signals.next();
         if (signal != SIGCHLD) {
-            if (interrupted != 0) kill(child, SIGKILL);
+            // Of one hang-up the terminal, the shell and whoever else runs this may all tell.
+            if (signal != SIGHUP && ++requests > 1) kill(child, SIGKILL);
             interrupted = signal;
             stop.reset();
             continue;
@@ -77,14 +69,17 @@ int awaitEnd(pid_t child, unique_fd stop) {
 
 }  // namespace
 
-DeviceHost::DeviceHost(Janitor janitor, Stage stage, Sandbox sandbox)
-    : mJanitor(std::move(janitor)), mStage(std::move(stage)), mSandbox(std::move(sandbox)) {}
+DeviceHost::DeviceHost(AwaitedSignals signals, Janitor janitor, Stage stage, Sandbox sandbox)
+    : mSignals(std::move(signals)),
+      mJanitor(std::move(janitor)),
+      mStage(std::move(stage)),
+      mSandbox(std::move(sandbox)) {}
 
 Result<DeviceHost> DeviceHost::prepare(const DeviceDescription& device,
                                        const Installation& installation, bool keep) {
     // From here on a signal waits until run() hears it, so that nothing is left half done.
-    const sigset_t signals = awaitedSignals();
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    auto signals = AwaitedSignals::block();
+    if (!signals) return Error() << signals.error().message();
     auto janitor = Janitor::start(keep);
     if (!janitor) return Error() << janitor.error().message();
     Stage stage(janitor->directory());
@@ -92,7 +87,8 @@ Result<DeviceHost> DeviceHost::prepare(const DeviceDescription& device,
     if (!filled) return Error() << filled.error().message();
     auto sandbox = Sandbox::prepare(stage);
     if (!sandbox) return Error() << sandbox.error().message();
-    return DeviceHost(std::move(*janitor), std::move(stage), std::move(*sandbox));
+    return DeviceHost(std::move(*signals), std::move(*janitor), std::move(stage),
+                      std::move(*sandbox));
 }
 
 Result<int> DeviceHost::run(const CommandMaker& command) {
@@ -102,7 +98,7 @@ Result<int> DeviceHost::run(const CommandMaker& command) {
             startInside(mSandbox, command(stopRead.get()), mJanitor.lifeline(), stopRead.get());
     if (!child) return Error() << child.error().message();
     stopRead.reset();
-    const int status = awaitEnd(*child, std::move(stopWrite));
+    const int status = awaitEnd(*child, std::move(stopWrite), mSignals);
     mJanitor.finish();
     return status;
 }

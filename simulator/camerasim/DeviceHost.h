@@ -9,6 +9,7 @@
 
 #include <android-base/result.h>
 
+#include "simulator/camerasim/AwaitedSignals.h"
 #include "simulator/camerasim/Installation.h"
 #include "simulator/camerasim/Janitor.h"
 #include "simulator/camerasim/Sandbox.h"
@@ -42,15 +43,17 @@ class DeviceHost {
 
     /**
      * Runs the command until it ends; once. SIGINT, SIGTERM or SIGHUP ask it to end, by the end of
-     * what it can read from the descriptor; a second one kills it.
+     * what it can read from the descriptor; so does the terminal, by hanging up. A second SIGINT or
+     * SIGTERM kills it.
      *
      * @return its exit status, or 128 and the number of the signal that ended it or this.
      */
     android::base::Result<int> run(const CommandMaker& command);
 
   private:
-    DeviceHost(Janitor janitor, Stage stage, Sandbox sandbox);
+    DeviceHost(AwaitedSignals signals, Janitor janitor, Stage stage, Sandbox sandbox);
 
+    AwaitedSignals mSignals;
     Janitor mJanitor;
     Stage mStage;
     Sandbox mSandbox;

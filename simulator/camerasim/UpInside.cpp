@@ -3,8 +3,10 @@
 
 #include <unistd.h>
 
+#include <chrono>
 #include <iostream>
 #include <string>
+#include <thread>
 
 #include <hidl/HidlTransportSupport.h>
 
@@ -30,10 +32,14 @@ void greet(const UpDevice& device) {
               << "Ctrl-C here, or camerasim stop there, ends it." << std::endl;
 }
 
-/** Threads of the pool and of requests still run; ending without destructors is the only way. */
+/** For the last lines of a device that was told to stop; the screen takes half of it at most. */
+constexpr std::chrono::seconds kLastLines{2};
+
+/**
+ * Threads of the pool and of requests still run; ending without destructors is the only way. Every
+ * line was flushed when it was printed; a last flush would wait for whoever does not read.
+ */
 [[noreturn]] void leave(int status) {
-    std::cout.flush();
-    std::cerr.flush();
     _exit(status);
 }
 
@@ -50,7 +56,12 @@ int runUpInside(const UpOptions& options, const std::string& root, int stopFd) {
     android::hardware::configureRpcThreadpool(kPoolThreads, false);
 
     UpDevice device(*files, *installation, stage, options.restart);
-    whenTold(stopFd, [&device] { device.stop(); });
+    whenTold(stopFd, [&device] {
+        device.stop();
+        // The main thread leaves, unless it prints and nobody reads.
+        std::this_thread::sleep_for(kLastLines);
+        leave(kAsExpected);
+    });
     // Who connects before the device is up waits for it.
     auto socket = ControlServer::listen(stage.control());
     if (!socket) {

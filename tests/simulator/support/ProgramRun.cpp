@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// ProgramRun: fork, exec, two pipes and poll.
+// ProgramRun: fork, exec, two pipes or a terminal, and poll.
 
 #include "tests/simulator/support/ProgramRun.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <stdlib.h>
+#include <sys/ioctl.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,6 +18,8 @@
 #include <system_error>
 #include <utility>
 
+#include <android-base/file.h>
+
 #include "simulator/camerasim/CommandLine.h"
 
 extern char** environ;
@@ -24,10 +28,34 @@ namespace orvo::simulator::testing {
 
 using android::base::unique_fd;
 
+namespace {
+
+bool openTerminal(unique_fd* ours, unique_fd* theirs) {
+    ours->reset(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    if (grantpt(ours->get()) != 0 || unlockpt(ours->get()) != 0) return false;
+    theirs->reset(open(ptsname(ours->get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    return theirs->ok();
+}
+
+/** In a child: the leader of a session of its own, at that terminal. */
+void takeTerminal(int terminal, int inherited) {
+    setsid();
+    ioctl(terminal, TIOCSCTTY, 0);
+    dup2(terminal, STDIN_FILENO);
+    dup2(terminal, STDERR_FILENO);
+    // Stays open without being used, so that its other end tells when everybody has ended.
+    fcntl(inherited, F_SETFD, 0);
+}
+
+}  // namespace
+
 ProgramRun::ProgramRun(std::vector<std::string> command,
-                       std::map<std::string, std::string> environment) {
+                       std::map<std::string, std::string> environment, Screen screen) {
+    const bool isTerminal = screen == Screen::TERMINAL;
     unique_fd outWrite, errWrite;
-    if (!android::base::Pipe(&mOutEnd, &outWrite) || !android::base::Pipe(&mErrEnd, &errWrite)) {
+    if (!(isTerminal ? openTerminal(&mOutEnd, &outWrite)
+                     : android::base::Pipe(&mOutEnd, &outWrite)) ||
+        !android::base::Pipe(&mErrEnd, &errWrite)) {
         abort();
     }
     const CommandLine line(std::move(command));
@@ -36,7 +64,11 @@ ProgramRun::ProgramRun(std::vector<std::string> command,
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
     dup2(outWrite.get(), STDOUT_FILENO);
-    dup2(errWrite.get(), STDERR_FILENO);
+    if (isTerminal) {
+        takeTerminal(outWrite.get(), errWrite.get());
+    } else {
+        dup2(errWrite.get(), STDERR_FILENO);
+    }
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
@@ -52,6 +84,10 @@ ProgramRun::~ProgramRun() {
 
 void ProgramRun::signal(int signal) const {
     kill(mPid, signal);
+}
+
+void ProgramRun::type(const std::string& text) const {
+    if (!android::base::WriteStringToFd(text, mOutEnd)) abort();
 }
 
 bool ProgramRun::readSome(std::chrono::steady_clock::time_point deadline) {

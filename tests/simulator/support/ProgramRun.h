@@ -24,13 +24,22 @@ struct ProgramEnd {
 
 class ProgramRun {
   public:
+    /** Two pipes, or a terminal, to which stdout and stderr go, and whose session it leads. */
+    enum class Screen { PIPES, TERMINAL };
+
     /** Starts it, with these variables added to the environment. */
     explicit ProgramRun(std::vector<std::string> command,
-                        std::map<std::string, std::string> environment = {});
+                        std::map<std::string, std::string> environment = {},
+                        Screen screen = Screen::PIPES);
     ~ProgramRun();
 
     pid_t pid() const { return mPid; }
     void signal(int signal) const;
+    /** On its terminal; control characters become signals there. */
+    void type(const std::string& text) const;
+
+    /** Nobody reads any more what it prints: its terminal hangs up, or its pipe is broken. */
+    void hangUp() { mOutEnd.reset(); }
 
     /** What it has written to stdout, as far as it was read. */
     const std::string& output() const { return mOut; }
@@ -41,7 +50,7 @@ class ProgramRun {
 
     /**
      * Waits until the program has ended and everybody who inherited its stdout and stderr has
-     * closed them.
+     * closed them; of a terminal that hung up, whoever was started there.
      */
     ProgramEnd awaitEnd(std::chrono::milliseconds patience = std::chrono::seconds(60));
 

@@ -58,21 +58,24 @@ lint: ## check layout, formatting and static analysis
 
 clang: ## build everything with clang
 	$(packages) run test clang
-	@tools/build.sh clang all
+	@tools/build.sh clang $(TARGETS)
 
 ## To look deeper
 
 # Fuzzers run for so long each.
 FUZZ_SECONDS ?= 60
 
+# Narrow them with, for example, TARGETS=host_tests CTEST_OPTIONS='-L host'.
+TARGETS ?= all
+
 asan: ## build with the address, leak and undefined behaviour sanitizers and run all tests
 	$(packages) run test clang
-	@tools/build.sh asan all
+	@tools/build.sh asan $(TARGETS)
 	@ctest --test-dir build/asan --output-on-failure -j $(JOBS) $(CTEST_OPTIONS)
 
 tsan: ## build with the thread sanitizer and run all tests
 	$(packages) run test clang
-	@tools/build.sh tsan all
+	@tools/build.sh tsan $(TARGETS)
 	@ctest --test-dir build/tsan --output-on-failure -j $(JOBS) $(CTEST_OPTIONS)
 
 fuzz: ## run every fuzzer for FUZZ_SECONDS; what they find stays in build/fuzz/findings

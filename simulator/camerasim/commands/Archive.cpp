@@ -11,11 +11,14 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <utility>
 
 #include "simulator/camerasim/commands/Complaint.h"
 
 namespace orvo::simulator {
+
+namespace fs = std::filesystem;
 
 using android::base::Result;
 using android::base::ResultError;
@@ -50,7 +53,16 @@ ResultError Archive::failure() const {
                         "); say where with -o FILE");
 }
 
-Result<Archive> Archive::create(const std::string& file) {
+Result<Archive> Archive::create(const std::string& name) {
+    std::error_code ignored;
+    // A device node or a pipe that is replaced is gone for everybody else, too.
+    const fs::file_type there = fs::status(name, ignored).type();
+    if (fs::exists(fs::symlink_status(name, ignored)) && there != fs::file_type::regular) {
+        return didNotHappen("'" + name +
+                            "' is there and is no regular file; say where with -o FILE");
+    }
+    const std::string file =
+            there == fs::file_type::regular ? fs::canonical(name, ignored).string() : name;
     Archive created(file);
     archive* open = created.mArchive.get();
     if (archive_write_add_filter_gzip(open) != ARCHIVE_OK ||

@@ -15,7 +15,10 @@ namespace orvo::simulator {
 /** One thread. Nothing is under the archive's name until it is whole. */
 class Archive {
   public:
-    /** @param file its name; what is there is replaced by finish(). */
+    /**
+     * @param file its name. A regular file of that name, or one that a link of that name leads to,
+     *             is replaced by finish(); anything else that is there is refused.
+     */
     static android::base::Result<Archive> create(const std::string& file);
     Archive(Archive&& other) noexcept;
     /** Removes what was written if it was not finished. */

@@ -2,12 +2,16 @@
 // Tests of `camerasim bugreport` and `camerasim watch`.
 
 #include <signal.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <system_error>
+
+#include <android-base/file.h>
 
 #include "tests/simulator/commands/CommandsFixture.h"
 
@@ -123,6 +127,31 @@ TEST_F(BugreportTest, APlaceThatCannotBeWrittenIsRefused) {
     EXPECT_EQ(1, end.status);
     EXPECT_EQ(0u, end.err.find("camerasim: cannot write '/no/such/place/report.tar.gz' ("));
     EXPECT_THAT(end.err, HasSubstr("); say where with -o FILE\n"));
+}
+
+TEST_F(BugreportTest, WhatIsNoRegularFileStaysWhatItIs) {
+    const std::string pipe = mPlace.path() + "/pipe";
+    const std::string link = mPlace.path() + "/link";
+    ASSERT_EQ(0, mkfifo(pipe.c_str(), 0600));
+    ASSERT_EQ(0, symlink(pipe.c_str(), link.c_str()));
+    for (const std::string& name : {pipe, link, mPlace.path(), std::string("/dev/null")}) {
+        const ProgramEnd end = camerasim({"bugreport", "-o", name});
+        EXPECT_EQ(1, end.status);
+        EXPECT_EQ("camerasim: '" + name +
+                          "' is there and is no regular file; say where with -o FILE\n",
+                  end.err);
+    }
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+}
+
+TEST_F(BugreportTest, TheFileThatALinkLeadsToIsReplaced) {
+    const std::string target = mPlace.path() + "/target";
+    ASSERT_TRUE(android::base::WriteStringToFile("before", target));
+    ASSERT_EQ(0, symlink(target.c_str(), mFile.c_str()));
+    expectPrints({"bugreport", "-o", mFile}, "written: " + mFile + "\n");
+    EXPECT_TRUE(std::filesystem::is_symlink(mFile));
+    EXPECT_TRUE(std::filesystem::exists(unpack() + "/state.json"));
 }
 
 class WatchTest : public CommandsFixture {

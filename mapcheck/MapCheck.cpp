@@ -70,9 +70,8 @@ int print(const std::string& text, int status) {
 
 int checkMaps(int argc, char** argv, DescriptionReader readDescription) {
     Options options;
-    std::string error;
-    if (!parseOptions(argc, argv, readDescription, &options, &error)) {
-        fprintf(stderr, "orvo-mapcheck: %s\n", error.c_str());
+    if (const OptionError error = parseOptions(argc, argv, readDescription, &options)) {
+        fprintf(stderr, "orvo-mapcheck: %s\n", error->c_str());
         return UNUSABLE;
     }
     if (options.help) return print(helpText(readDescription != nullptr), CLEAN);

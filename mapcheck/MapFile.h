@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The replacement map as the library takes it, with the lines that its own reader does not keep.
+// The replacement map as the library's own reader takes it, with the lines that this does not keep.
 #pragma once
 
 #include <string>
@@ -21,9 +21,8 @@ struct MapFile {
     std::vector<MapEntry> entries;  ///< In the order of the file.
 
     /**
-     * Reads the map with the library's ProviderMapper, and again for the lines; the two must agree.
-     * Adds to `findings` why the file is not usable, or what of it the library ignores. The
-     * library's log lines go wherever the process's log goes.
+     * Reads the map. Adds to `findings` why the file is not usable, or what of it the library
+     * ignores.
      */
     static MapFile read(const std::string& path, Findings* findings);
 };

@@ -25,11 +25,10 @@ bool isDeviceName(const std::string& name) {
 }
 
 // Such as "external/0=device@3.2/external/100,device@3.2/external/101".
-bool addDevices(const std::string& text, Providers* providers, std::string* error) {
+OptionError addDevices(const std::string& text, Providers* providers) {
     const size_t equals = text.find('=');
     if (equals == std::string::npos || equals == 0) {
-        *error = "--devices takes INSTANCE=NAME[,NAME...], not \"" + text + "\"";
-        return false;
+        return "--devices takes INSTANCE=NAME[,NAME...], not \"" + text + "\"";
     }
     std::vector<std::string>& names = (*providers)[text.substr(0, equals)].devices;
     size_t start = equals + 1;
@@ -37,52 +36,46 @@ bool addDevices(const std::string& text, Providers* providers, std::string* erro
         const size_t comma = text.find(',', start);
         const std::string name = text.substr(start, comma - start);
         if (!isDeviceName(name)) {
-            *error =
-                    "\"" + name + "\" is no device name; write one such as device@3.2/external/100";
-            return false;
+            return "\"" + name + "\" is no device name; write one such as device@3.2/external/100";
         }
         names.push_back(name);
-        if (comma == std::string::npos) return true;
+        if (comma == std::string::npos) return std::nullopt;
         start = comma + 1;
     }
 }
 
-bool setFormat(const std::string& text, Options* options, std::string* error) {
+OptionError setFormat(const std::string& text, Options* options) {
     options->json = text == "json";
-    if (options->json || text == "text") return true;
-    *error = "--format is text or json, not \"" + text + "\"";
-    return false;
+    if (options->json || text == "text") return std::nullopt;
+    return "--format is text or json, not \"" + text + "\"";
 }
 
-bool apply(int choice, const char* word, DescriptionReader readDescription, Options* options,
-           std::string* error) {
+OptionError apply(int choice, const char* word, DescriptionReader readDescription,
+                  Options* options) {
     switch (choice) {
         case HELP:
             options->help = true;
-            return true;
+            return std::nullopt;
         case MANIFEST:
             options->manifests.emplace_back(optarg);
-            return true;
+            return std::nullopt;
         case DEVICES:
-            return addDevices(optarg, &options->providers, error);
-        case DESCRIPTION:
-            return readDescription != nullptr &&
-                   readDescription(optarg, &options->providers, error);
+            return addDevices(optarg, &options->providers);
+        case DESCRIPTION:  // Known only if there is a reader.
+            return readDescription(optarg, &options->providers);
         case FORMAT:
-            return setFormat(optarg, options, error);
+            return setFormat(optarg, options);
         case ':':
-            *error = std::string(word) + " needs a value";
-            return false;
+            return std::string(word) + " needs a value";
         default:
-            *error = std::string(word) + " is not an option, or takes no value";
-            return false;
+            return std::string(word) + " is not an option, or takes no value";
     }
 }
 
 }  // namespace
 
-bool parseOptions(int argc, char** argv, DescriptionReader readDescription, Options* options,
-                  std::string* error) {
+OptionError parseOptions(int argc, char** argv, DescriptionReader readDescription,
+                         Options* options) {
     std::vector<option> known = {{"manifest", required_argument, nullptr, MANIFEST},
                                  {"devices", required_argument, nullptr, DEVICES},
                                  {"format", required_argument, nullptr, FORMAT},
@@ -95,14 +88,14 @@ bool parseOptions(int argc, char** argv, DescriptionReader readDescription, Opti
     opterr = 0;
     int choice;
     while ((choice = getopt_long(argc, argv, ":h", known.data(), nullptr)) != -1) {
-        if (apply(choice, argv[optind - 1], readDescription, options, error)) continue;
-        if (choice != DESCRIPTION) *error += kSeeHelp;  // A description's error says it all.
-        return false;
+        const OptionError error = apply(choice, argv[optind - 1], readDescription, options);
+        if (!error) continue;
+        // A description's error says it all.
+        return choice == DESCRIPTION ? error : *error + kSeeHelp;
     }
     options->files.assign(argv + optind, argv + argc);
-    if (!options->files.empty() || options->help) return true;
-    *error = std::string("name at least one map file") + kSeeHelp;
-    return false;
+    if (!options->files.empty() || options->help) return std::nullopt;
+    return std::string("name at least one map file") + kSeeHelp;
 }
 
 std::string helpText(bool hasDescriptions) {

@@ -2,6 +2,7 @@
 // The command line of orvo-mapcheck.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,12 +10,14 @@
 
 namespace orvo::mapcheck {
 
+/** What is wrong with the command line, on one line; nothing if it is right. */
+using OptionError = std::optional<std::string>;
+
 /**
- * Adds what a description file of a simulated provider says to `providers`. On failure false, and
- * `error` is one line that names the file.
+ * Adds what a description file of a simulated provider says to `providers`. The error names the
+ * file.
  */
-using DescriptionReader = bool (*)(const std::string& file, Providers* providers,
-                                   std::string* error);
+using DescriptionReader = OptionError (*)(const std::string& file, Providers* providers);
 
 struct Options {
     bool help = false;
@@ -25,12 +28,12 @@ struct Options {
 };
 
 /**
- * Reads the command line, and the descriptions that it names. False when it is wrong, with what to
- * do about it in `error`. `readDescription` is null where there are no descriptions; then there is
- * no such option either. Uses the state of getopt: one thread, once.
+ * Reads the command line, and the descriptions that it names. An error says what to do about it.
+ * `readDescription` is null where there are no descriptions; then there is no such option either.
+ * Uses the state of getopt: one thread, once.
  */
-bool parseOptions(int argc, char** argv, DescriptionReader readDescription, Options* options,
-                  std::string* error);
+OptionError parseOptions(int argc, char** argv, DescriptionReader readDescription,
+                         Options* options);
 
 /** What --help prints. */
 std::string helpText(bool hasDescriptions);

@@ -1,54 +1,27 @@
 // SPDX-License-Identifier: Apache-2.0
-// Decodes strictly: libxml2's own check lets surrogates, overlong forms and too large numbers pass.
+// Decodes with the C++ library, whose conversion does not depend on the locale.
 
 #include "mapcheck/Utf8.h"
 
 #include <stdio.h>
 
+#include <locale>
+
 namespace orvo::mapcheck {
-namespace {
-
-/** The characters of one length in bytes. */
-struct Form {
-    uint32_t mask;   // Of the first byte: the bits that tell the length.
-    uint32_t bits;   // What they are.
-    uint32_t first;  // The least character that needs this many bytes.
-    uint32_t last;
-};
-
-// The form of a character of n bytes is the n-th.
-constexpr Form kForms[] = {
-        {0x80, 0x00, 0, 0x7F},
-        {0xE0, 0xC0, 0x80, 0x7FF},
-        {0xF0, 0xE0, 0x800, 0xFFFF},
-        {0xF8, 0xF0, 0x10000, 0x10FFFF},
-};
-
-constexpr Utf8Character kNone = {0, 0};
-
-bool isSurrogate(uint32_t value) {
-    return value >= 0xD800 && value <= 0xDFFF;
-}
-
-}  // namespace
 
 Utf8Character characterAt(const std::string& text, size_t at) {
-    const uint32_t start = static_cast<unsigned char>(text[at]);
-    size_t size = 0;
-    for (const Form& form : kForms) {
-        ++size;
-        if ((start & form.mask) != form.bits) continue;
-        if (size > text.size() - at) return kNone;
-        uint32_t value = start & ~form.mask;
-        for (size_t i = 1; i < size; ++i) {
-            const uint32_t byte = static_cast<unsigned char>(text[at + i]);
-            if ((byte & 0xC0) != 0x80) return kNone;
-            value = value << 6 | (byte & 0x3F);
-        }
-        const bool fits = value >= form.first && value <= form.last && !isSurrogate(value);
-        return fits ? Utf8Character{size, value} : kNone;
-    }
-    return kNone;
+    using Conversion = std::codecvt<char32_t, char, std::mbstate_t>;
+    static const auto& conversion = std::use_facet<Conversion>(std::locale::classic());
+    std::mbstate_t state{};
+    const char* const begin = text.data() + at;
+    const char* end = begin;
+    char32_t value = 0;
+    char32_t* valueEnd = &value;
+    conversion.in(state, begin, text.data() + text.size(), end, &value, &value + 1, valueEnd);
+    // Not every C++ library refuses half of a surrogate pair.
+    const bool isCharacter = valueEnd != &value && (value < 0xD800 || value > 0xDFFF);
+    return isCharacter ? Utf8Character{static_cast<size_t>(end - begin), value}
+                       : Utf8Character{0, 0};
 }
 
 std::string hexadecimal(uint32_t number, int digits) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Parses with libxml2's defaults, as xmlParseMemory does, but notes the line of elements and texts.
+// Parses with libxml2's defaults, as xmlParseMemory does, but keeps lines beyond 65,535 and the
+// line of texts.
 
 #include "mapcheck/XmlFile.h"
 
@@ -42,30 +43,8 @@ const char* toText(const xmlChar* text) {
     return text == nullptr ? "" : reinterpret_cast<const char*>(text);
 }
 
-// The document's own line numbers stop at 65535, so each node carries its line where libxml2 leaves
-// room for its user.
-void noteLine(xmlParserCtxt* parser, xmlNode* node) {
-    if (node != nullptr) {
-        node->_private = reinterpret_cast<void*>(intptr_t{xmlSAX2GetLineNumber(parser)});
-    }
-}
-
-void onElement(void* context, const xmlChar* name, const xmlChar* prefix, const xmlChar* uri,
-               int namespaceCount, const xmlChar** namespaces, int attributeCount,
-               int defaultedCount, const xmlChar** attributes) {
-    xmlSAX2StartElementNs(context, name, prefix, uri, namespaceCount, namespaces, attributeCount,
-                          defaultedCount, attributes);
-    auto* const parser = static_cast<xmlParserCtxt*>(context);
-    noteLine(parser, parser->node);
-}
-
-void onReference(void* context, const xmlChar* name) {
-    xmlSAX2Reference(context, name);
-    auto* const parser = static_cast<xmlParserCtxt*>(context);
-    if (parser->node != nullptr) noteLine(parser, parser->node->last);
-}
-
-// The parser is at the end of the text that it hands out, and hands out a long one in pieces.
+// libxml2 keeps the line on which the first piece of a text ends, so where a text begins is noted
+// where it leaves room for its user. The parser is at the end of the piece that it hands out.
 void noteTextLine(xmlParserCtxt* parser, const xmlChar* text, int size) {
     xmlNode* const node = parser->node == nullptr ? nullptr : parser->node->last;
     if (node == nullptr || node->_private != nullptr) return;
@@ -94,7 +73,7 @@ std::optional<XmlMistake> readBytes(const std::string& path, std::string* bytes)
         return XmlMistake{kUnreadable, kWholeFile,
                           std::string("cannot be opened (") + strerror(errno) + ")"};
     }
-    // Each file is read twice, which a pipe would not survive.
+    // A pipe may never end.
     if (!S_ISREG(status.st_mode)) {
         return XmlMistake{kUnreadable, kWholeFile, "is not a regular file"};
     }
@@ -119,8 +98,7 @@ xmlDoc* parse(const char* text, size_t size) {
     const std::unique_ptr<xmlParserCtxt, ParserFreer> parser(
             xmlCreateMemoryParserCtxt(text, static_cast<int>(size)));
     if (parser == nullptr) return nullptr;
-    parser->sax->startElementNs = onElement;
-    parser->sax->reference = onReference;
+    xmlCtxtUseOptions(parser.get(), XML_PARSE_BIG_LINES);
     parser->sax->characters = onText;
     parser->sax->ignorableWhitespace = onText;  // As long as the two are one, no text is left out.
     parser->sax->cdataBlock = onCdata;
@@ -169,7 +147,10 @@ XmlFile XmlFile::read(const std::string& path) {
 }
 
 long lineOf(const xmlNode* node) {
-    return static_cast<long>(reinterpret_cast<intptr_t>(node->_private));
+    if (node->_private != nullptr) {
+        return static_cast<long>(reinterpret_cast<intptr_t>(node->_private));
+    }
+    return xmlGetLineNo(node);
 }
 
 std::string nameOf(const xmlNode* node) {

@@ -33,7 +33,8 @@ struct XmlFile {
 
 /**
  * The line on which the start tag of an element of an XmlFile ends, text other than blanks begins,
- * or an entity is referred to.
+ * or an entity is referred to. Beyond line 65,535 an element has the line of the text in or after
+ * it.
  */
 long lineOf(const xmlNode* node);
 

@@ -6,13 +6,10 @@
 
 namespace {
 
-bool readDescription(const std::string& file, orvo::mapcheck::Providers* providers,
-                     std::string* error) {
+orvo::mapcheck::OptionError readDescription(const std::string& file,
+                                            orvo::mapcheck::Providers* providers) {
     const auto description = orvo::simulator::ProviderDescription::read(file);
-    if (!description.ok()) {
-        *error = description.error().message();
-        return false;
-    }
+    if (!description.ok()) return description.error().message();
     orvo::mapcheck::Provider& provider = (*providers)[description->instance];
     for (const auto& camera : description->cameras) provider.devices.push_back(camera.name);
     for (const auto& section : description->vendorTags) {
@@ -21,7 +18,7 @@ bool readDescription(const std::string& file, orvo::mapcheck::Providers* provide
                     {tag.tagId, std::string(section.sectionName) + "." + std::string(tag.tagName)});
         }
     }
-    return true;
+    return std::nullopt;
 }
 
 }  // namespace

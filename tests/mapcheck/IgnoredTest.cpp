@@ -160,13 +160,16 @@ TEST_F(IgnoredTest, AnEntryOverSeveralLinesIsFoundWhereItsStartTagEnds) {
             "one entry for each name [comma-in-value]"});
 }
 
-TEST_F(IgnoredTest, LinesBeyondWhatTheParserKeepsAreExact) {
+TEST_F(IgnoredTest, LinesBeyondWhatATreeKeepsAreTold) {
     std::string text;
     for (int i = 0; i < 70000; ++i) text += "\n";
-    expect(mapWith(text + "<instance\n/>\n\n" + text + "a/0\n"),
-           {"70004: error: the entry \"\" is ignored, it has no \"replace\" attribute; name the "
+    expect(mapWith(text + "<instance>a/0</instance>\n<instance>\nb/0</instance>\n" + text +
+                   "c/0\n"),
+           {"70003: error: the entry \"a/0\" is ignored, it has no \"replace\" attribute; name the "
             "provider that stands behind it [no-replace]",
-            "140006: error: the text \"a/0\" is ignored; only elements such as <instance "
+            "70005: error: the entry \"\\nb/0\" is ignored, it has no \"replace\" attribute; name "
+            "the provider that stands behind it [no-replace]",
+            "140006: error: the text \"c/0\" is ignored; only elements such as <instance "
             "replace=\"external/0\">legacy/0</instance> are entries [stray-text]"});
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The log of a process that reads maps by the thousand, or has lines of its own to print: nowhere.
+// The log of a process that reads maps by the thousand: nowhere.
 
 #include <android/log.h>
 

@@ -3,6 +3,8 @@
 
 #include "mapcheck/CameraChecks.h"
 
+#include <stdlib.h>
+
 #include "mapcheck/NameChecks.h"
 #include "provider/naming/DeviceInfo.h"
 
@@ -16,8 +18,7 @@ void CameraChecks::add(const MapEntry& entry, const std::vector<std::string>& na
         if (!checkDeviceName(entry, name, mFindings)) continue;
         naming::DeviceInfo info;
         naming::parseDeviceString(name, info);
-        const std::string major = info.version.substr(0, info.version.find('.'));
-        addCamera({&entry, name, major},
+        addCamera({&entry, name, strtoul(info.version.c_str(), nullptr, 10)},
                   info.prefix + "@" + info.version + "/" + type + "/" + info.id, info.id);
     }
 }
@@ -25,6 +26,8 @@ void CameraChecks::add(const MapEntry& entry, const std::vector<std::string>& na
 void CameraChecks::addCamera(const Camera& camera, const std::string& frameworkName,
                              const std::string& id) {
     const auto [sameId, isNewId] = mById.try_emplace(id, camera);
+    const auto [sameVersion, isNewVersion] =
+            mByVersionAndId.try_emplace(std::to_string(camera.major) + "/" + id, camera);
     const auto [sameName, isNewName] =
             mByName[camera.entry->key].try_emplace(frameworkName, camera);
     if (!isNewName) {
@@ -40,9 +43,10 @@ void CameraChecks::addCamera(const Camera& camera, const std::string& frameworkN
     }
     if (isNewId) return;
     // A provider may offer one camera in several major versions.
-    const Camera& first = sameId->second;
-    if (first.entry != camera.entry || first.major == camera.major) {
-        reportSameId(first, camera, id);
+    if (sameId->second.entry != camera.entry) {
+        reportSameId(sameId->second, camera, id);
+    } else if (!isNewVersion) {
+        reportSameId(sameVersion->second, camera, id);
     }
 }
 

@@ -26,8 +26,8 @@ class CameraChecks {
     /** One camera behind one instance. */
     struct Camera {
         const MapEntry* entry;
-        std::string name;   // As its provider reports it.
-        std::string major;  // Of the version of its device interface.
+        std::string name;     // As its provider reports it.
+        unsigned long major;  // Of the version of its device interface.
     };
     /** Key: the camera's name, or its id, in the framework. */
     using Cameras = std::unordered_map<std::string, Camera>;
@@ -40,6 +40,7 @@ class CameraChecks {
     Findings* const mFindings;
     std::unordered_map<std::string, Cameras> mByName;  // Key: the instance that they are behind.
     Cameras mById;                                     // The first one of each id.
+    Cameras mByVersionAndId;                           // Of each major version, "3/100".
 };
 
 }  // namespace orvo::mapcheck

@@ -43,12 +43,13 @@ class Checker {
         Instance& instance = mInstances[entry.key];
         // What is wrong with the names of a repeated entry was said about the first one.
         if (!addValue(entry, &instance)) return;
-        if (checkKey(entry, mFindings)) checkDeclared(entry, entry.key, "key");
+        const bool isTaken = checkKey(entry, mFindings);
+        if (isTaken) checkDeclared(entry, entry.key, "key");
         const bool isGood = checkValue(entry, mFindings);
         if (!checkServedElsewhere(entry) || !isGood) return;
         checkDeclared(entry, entry.value, "value");
         const auto provider = mSurroundings.providers.find(entry.value);
-        if (provider == mSurroundings.providers.end() || !isAskedFor(entry.key)) return;
+        if (provider == mSurroundings.providers.end() || !isTaken) return;
         mCameras.add(entry, provider->second.devices);
         for (const VendorTag& tag : provider->second.vendorTags) addTag(entry, tag, &instance);
     }
@@ -126,13 +127,13 @@ class Checker {
         const auto [first, isNew] = instance->byTag.try_emplace(tag.id, KnownTag{&entry, tag.name});
         if (isNew) return;
         const KnownTag& other = first->second;
-        mFindings->warning(entry.line, "vendor-tag-collision",
-                           quoted(entry.value) + " and " + quoted(other.entry->value) +
-                                   " both have the vendor tag 0x" + hexadecimal(tag.id, 8) + ", " +
-                                   escaped(tag.name) + " and " + escaped(other.name) +
-                                   ": the framework knows only that of " +
-                                   quoted(std::max(entry.value, other.entry->value)) +
-                                   ", the last by name; give one of them another id");
+        mFindings->warning(
+                entry.line, "vendor-tag-collision",
+                quoted(entry.value) + " and " + quoted(other.entry->value) +
+                        " both have the vendor tag 0x" + hexadecimal(tag.id, 8) + ", " +
+                        escaped(tag.name) + " and " + escaped(other.name) +
+                        ": of all tags with one id the framework knows only that of the provider " +
+                        "whose name sorts last; give one of them another id");
         mFindings->note(other.entry->line, "the first provider with this tag");
     }
 

@@ -293,6 +293,21 @@ TEST_F(ChecksTest, ProvidersThatReportOneNameCollide) {
            {"--devices", "external/0=device@3.2/usb/7", "--devices", "virtual/0=device@3.2/usb/7"});
 }
 
+TEST_F(ChecksTest, ACameraMayHaveSeveralMajorVersionsButNoneTwice) {
+    const std::string finding =
+            "device@3.2/external/7 and device@03.4/external/7 both have the id \"7\": the "
+            "framework "
+            "has one camera of an id, so one of the two is lost; give one of them another id "
+            "[id-collision]";
+    for (const std::string devices :
+         {"device@1.1/external/7,device@3.2/external/7,device@03.4/external/7",
+          "device@3.2/external/7,device@1.1/external/7,device@03.4/external/7"}) {
+        expect(mapOf(entry("external/0")),
+               {"2: error: " + finding, "2: note: the provider of device@3.2/external/7"},
+               {"--devices", "external/0=" + devices});
+    }
+}
+
 TEST_F(ChecksTest, CamerasOfOneProviderCollideToo) {
     expect(mapOf(entry("external/0")),
            {"2: error: device@3.2/external/7 and device@3.5/external/7 both have the id \"7\": "

@@ -44,11 +44,11 @@ TEST_F(CommandLineTest, BadUseIsOneLineThatSaysWhatToDo) {
     expectBadUse({"m", "--format", "xml"}, "--format is text or json, not \"xml\"; see --help");
     expectBadUse({"m", "--devices", "external/0"},
                  "--devices takes INSTANCE=NAME[,NAME...], not \"external/0\"; see --help");
-    expectBadUse({"m", "--devices", "external/0=device@3.2/external/1,external/2"},
-                 "\"external/2\" is no device name; write one such as device@3.2/external/100; see "
-                 "--help");
-    expectBadUse({"m", "--devices", "external/0="},
-                 "\"\" is no device name; write one such as device@3.2/external/100; see --help");
+    for (const std::string devices : {"external/0=", "external/0=device@3.2/external/1,"}) {
+        expectBadUse({"m", "--devices", devices},
+                     "there is an empty device name in \"" + devices +
+                             "\"; write one such as device@3.2/external/100; see --help");
+    }
 }
 
 TEST_F(CommandLineTest, AMistakeInADescriptionIsItsReadersOwnLine) {

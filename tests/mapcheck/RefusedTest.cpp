@@ -19,7 +19,8 @@ TEST_F(RefusedTest, KeysThatAreNotNumberedAreErrorsAndNothingElse) {
         entries += entry("external/0", key);
     }
     expect(mapOf(entries), lines,
-           {"--manifest", mDirectory.write("manifest.xml", manifestText({"external/0"}))});
+           {"--manifest", mDirectory.write("manifest.xml", manifestText({"external/0"})),
+            "--devices", "external/0=device@3.2/external/7"});
     expectClean(mapOf(entry("external/0", "legacy/007") + entry("external/0", "a.b/12")));
 }
 
@@ -27,7 +28,7 @@ TEST_F(RefusedTest, CamerasThatTheFrameworkCannotReadAreErrorsAndNothingElse) {
     for (const std::string name :
          {"device@3/usb/7", "device@3./usb/7", "device@.2/usb/7", "device@3.x/usb/7",
           "device@-3.2/usb/7", "device@3.2.1/usb/7", "device@3.65536/usb/7", "device@65536.2/usb/7",
-          "device@3.99999999999999999999/usb/7", "camera@3.2/usb/7", "Device@3.2/usb/7"}) {
+          "device@3.99999999999999999999/usb/7", "camera@3.2/usb/7", "Device@3.2/usb/7", "usb"}) {
         expect(mapOf(entry("usb/0") + entry("virtual/0")),
                {"2: error: \"usb/0\" has " + name +
                 ", which is not of the form device@MAJOR.MINOR/TYPE/ID with decimal numbers below "
@@ -71,8 +72,8 @@ TEST_F(RefusedTest, AVendorTagThatTwoDescriptionsShareIsAWarning) {
             describe("virtual", "{ id: 0x80000001, name: mood, type: BYTE }, " + shared)};
     const auto warning = [](const std::string& providers, const std::string& tags) {
         return "3: warning: " + providers + " both have the vendor tag 0x8001000A, " + tags +
-               ": the framework knows only that of \"virtual/0\", the last by name; give one of "
-               "them another id [vendor-tag-collision]";
+               ": of all tags with one id the framework knows only that of the provider whose name "
+               "sorts last; give one of them another id [vendor-tag-collision]";
     };
     expect(mapOf(entry("external/0") + entry("virtual/0")),
            {warning("\"virtual/0\" and \"external/0\"", "com.virtual.gain and com.external.gain"),

@@ -8,10 +8,8 @@
 namespace orvo::camera {
 
 /**
- * Answers which underlying providers an aggregating provider instance fronts.
- *
- * An implementation is filled and asked by one thread, before the object that holds it is shared,
- * so it needs no lock. Names are NUL-terminated and never null.
+ * Answers which underlying providers an aggregating provider instance fronts. Filled and asked by
+ * one thread, so it needs no lock. Names are NUL-terminated and never null.
  */
 class IProviderMapper {
   public:

@@ -6,7 +6,6 @@
 #include <stdio.h>
 #include <string.h>
 
-#include <array>
 #include <limits>
 #include <memory>
 
@@ -18,21 +17,15 @@ namespace orvo::camera {
 namespace {
 
 constexpr char kLogTag[] = "ProviderMapper";
-constexpr char kEntryElement[] = "instance";
-constexpr char kReplaceAttribute[] = "replace";
 constexpr size_t kMaxDocumentSize = std::numeric_limits<int>::max();  // Of the parser's interface.
 
-struct FileCloser {
-    void operator()(FILE* file) const { fclose(file); }
-};
-struct DocumentFreer {
-    void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
-};
-struct XmlStringFreer {
-    void operator()(xmlChar* text) const { xmlFree(text); }
-};
-using XmlDocument = std::unique_ptr<xmlDoc, DocumentFreer>;
-using XmlString = std::unique_ptr<xmlChar, XmlStringFreer>;
+using File = std::unique_ptr<FILE, int (*)(FILE*)>;
+using XmlDocument = std::unique_ptr<xmlDoc, void (*)(xmlDoc*)>;
+using XmlString = std::unique_ptr<xmlChar, void (*)(void*)>;
+
+const xmlChar* toXml(const char* text) {
+    return reinterpret_cast<const xmlChar*>(text);
+}
 
 const char* toText(const XmlString& string) {
     return reinterpret_cast<const char*>(string.get());
@@ -41,15 +34,15 @@ const char* toText(const XmlString& string) {
 // The length of the document in a file: what follows a NUL byte is not part of it. Stops counting
 // at one more than the parser can take, so that a huge file costs neither memory nor time.
 size_t documentSize(FILE* file) {
-    std::array<char, 4096> buffer;
+    char piece[4096];
     size_t size = 0;
     size_t count;
+    size_t text;
     do {
-        count = fread(buffer.data(), 1, buffer.size(), file);
-        const size_t text = strnlen(buffer.data(), count);
+        count = fread(piece, 1, sizeof(piece), file);
+        text = strnlen(piece, count);
         size += text;
-        if (text < count) break;
-    } while (count == buffer.size() && size <= kMaxDocumentSize);
+    } while (text == sizeof(piece) && size <= kMaxDocumentSize);
     return size;
 }
 
@@ -57,23 +50,19 @@ size_t documentSize(FILE* file) {
 // substitutes no entity, loads no external one and no DTD, so it never reaches for the network or
 // for another file.
 XmlDocument parseDocument(FILE* file, size_t size) {
-    if (size > kMaxDocumentSize) return nullptr;
+    if (size > kMaxDocumentSize) return {nullptr, xmlFreeDoc};
     std::string text(size, '\0');
     rewind(file);
     text.resize(fread(text.data(), 1, size, file));
-    return XmlDocument(xmlParseMemory(text.data(), static_cast<int>(text.size())));
+    return {xmlParseMemory(text.data(), static_cast<int>(text.size())), xmlFreeDoc};
 }
 
-bool isEntry(const xmlNode* node) {
-    return node->type == XML_ELEMENT_NODE &&
-           strcmp(reinterpret_cast<const char*>(node->name), kEntryElement) == 0;
-}
-
-// Adds the entry to the map, or says why it does not. `map` is that of ProviderMapper.
+// Adds an element to the map if it is an entry, or says why it does not.
 void addEntry(xmlNode* node, std::map<std::string, std::vector<std::string>>& map) {
-    const XmlString replacement(
-            xmlGetProp(node, reinterpret_cast<const xmlChar*>(kReplaceAttribute)));
-    const XmlString instance(xmlNodeGetContent(node));
+    if (node->type != XML_ELEMENT_NODE || !xmlStrEqual(node->name, toXml("instance"))) return;
+
+    const XmlString replacement(xmlGetProp(node, toXml("replace")), xmlFree);
+    const XmlString instance(xmlNodeGetContent(node), xmlFree);
     if (instance == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                             "Skipping an instance: out of memory while reading it");
@@ -95,18 +84,8 @@ bool ProviderMapper::loadMapFromFile(const char* path) {
     return loadXml(path);
 }
 
-std::vector<std::string> ProviderMapper::getReplacementProviderNames(const char* name) {
-    const auto found = mProviderMap.find(name);
-    if (found == mProviderMap.end()) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                            "Failed to find replacement provider for '%s'", name);
-        return {};
-    }
-    return found->second;
-}
-
 bool ProviderMapper::loadXml(const char* path) {
-    const std::unique_ptr<FILE, FileCloser> file(fopen(path, "r"));
+    const File file(fopen(path, "r"), fclose);
     if (file == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to open %s", path);
         return false;
@@ -123,10 +102,8 @@ bool ProviderMapper::loadXml(const char* path) {
         return false;
     }
 
-    const xmlNode* const root = xmlDocGetRootElement(document.get());
-    for (xmlNode* node = root->children; node != nullptr; node = node->next) {
-        if (isEntry(node)) addEntry(node, mProviderMap);
-    }
+    xmlNode* node = xmlDocGetRootElement(document.get())->children;
+    for (; node != nullptr; node = node->next) addEntry(node, mProviderMap);
 
     for (const auto& [instance, replacements] : mProviderMap) {
         for (const std::string& replacement : replacements) {
@@ -136,6 +113,16 @@ bool ProviderMapper::loadXml(const char* path) {
         }
     }
     return true;
+}
+
+std::vector<std::string> ProviderMapper::getReplacementProviderNames(const char* name) {
+    const auto found = mProviderMap.find(name);
+    if (found == mProviderMap.end()) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "Failed to find replacement provider for '%s'", name);
+        return {};
+    }
+    return found->second;
 }
 
 }  // namespace orvo::camera

@@ -11,9 +11,7 @@
 namespace orvo::camera {
 
 /**
- * Reads the replacement map with libxml2.
- *
- * Each child of the root element of the form
+ * Reads the replacement map with libxml2. Each child of the root element of the form
  *
  *     <instance replace="external/0">legacy/0</instance>
  *
@@ -23,15 +21,12 @@ namespace orvo::camera {
  */
 class ProviderMapper : public IProviderMapper {
   public:
-    ProviderMapper() = default;
-
     bool loadMapFromFile(const char* path) override;
     std::vector<std::string> getReplacementProviderNames(const char* name) override;
-    ~ProviderMapper() override = default;
 
     /**
-     * Reads the file at `path` and adds its entries to mProviderMap. Logs what it read, or why it
-     * could not. Virtual so that a derived mapper can read another format.
+     * Adds the entries of the file at `path` to mProviderMap, and logs them or why it could not.
+     * Virtual so that a derived mapper can read another format.
      */
     virtual bool loadXml(const char* path);
 

@@ -12,12 +12,12 @@ using ::android::hidl::manager::V1_0::IServiceNotification;
 using ServiceManager = ::android::hidl::manager::V1_2::IServiceManager;
 
 bool HardwareServiceInteractionProxy::registerForNotifications(
-        const std::string& serviceName, const sp<IServiceNotification>& notification) {
-    return ICameraProvider::registerForNotifications(serviceName, notification);
+        const std::string& instanceName, const sp<IServiceNotification>& notification) {
+    return ICameraProvider::registerForNotifications(instanceName, notification);
 }
 
-sp<ICameraProvider> HardwareServiceInteractionProxy::getService(const std::string& serviceName) {
-    return ICameraProvider::getService(serviceName, false /* getStub */);
+sp<ICameraProvider> HardwareServiceInteractionProxy::getService(const std::string& instanceName) {
+    return ICameraProvider::getService(instanceName, false /* getStub */);
 }
 
 hidl_vec<hidl_string> HardwareServiceInteractionProxy::listServices() {

@@ -10,11 +10,10 @@ namespace android::hardware::camera::provider::V2_4::implementation {
 class HardwareServiceInteractionProxy : public ServiceInteractionProxy {
   public:
     bool registerForNotifications(
-            const std::string& serviceName,
+            const std::string& instanceName,
             const sp<::android::hidl::manager::V1_0::IServiceNotification>& notification) override;
-    sp<ICameraProvider> getService(const std::string& serviceName) override;
+    sp<ICameraProvider> getService(const std::string& instanceName) override;
     hidl_vec<hidl_string> listServices() override;
-    ~HardwareServiceInteractionProxy() override = default;
 };
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

@@ -3,7 +3,6 @@
 
 #include <android/log.h>
 
-#include "provider/LogTag.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 
 namespace android::hardware::camera::provider::V2_4::implementation {
@@ -16,40 +15,43 @@ extern "C" ICameraProvider* HIDL_FETCH_ICameraProvider_shim(const char* name,
                                                             ICameraProvider* provider);
 
 bool OrvoCameraServiceImplementation::initializeProviderService(const HALDescriptor* descriptor,
-                                                                const std::string& name) {
+                                                                const std::string& instanceName) {
     if (descriptor == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Cannot initialize null HALDescriptor");
         return false;
     }
 
     // A death, or another reconnection, may change the descriptor at any moment; this one stays.
-    const sp<ICameraProvider> provider = mServiceProxy->getService(name);
+    const sp<ICameraProvider> provider = mServiceProxy->getService(instanceName);
     // Stored before it is checked on purpose: a failed look-up also drops an earlier connection.
-    descriptor->mProvider = provider;
+    replaceUnlocked(descriptor->mProvider, provider);
     if (provider == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to get service %s", name.c_str());
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to get service %s",
+                            instanceName.c_str());
         return false;
     }
 
     const uint64_t cookie = reinterpret_cast<uintptr_t>(descriptor);
     if (!provider->linkToDeath(this, cookie).withDefault(false)) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Could not link to death for %s",
-                            name.c_str());
-        descriptor->mProvider = nullptr;
+                            instanceName.c_str());
+        replaceUnlocked(descriptor->mProvider, {});
         return false;
     }
 
-    ICameraProvider* const shim =
+    const wp<ICameraProvider> shim =
             HIDL_FETCH_ICameraProvider_shim(descriptor->mName.c_str(), provider.get());
-    descriptor->mShim = shim;
-    if (shim != nullptr) return true;
-
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                        "Failed to create QuillCameraProviderShim for %s", name.c_str());
-    // Looked at only so that the platform does not end the process over a failure here.
-    (void)provider->unlinkToDeath(this).isOk();
-    descriptor->mProvider = nullptr;
-    return false;
+    replaceUnlocked(descriptor->mShim, shim);
+    if (shim == nullptr) {
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
+                            "Failed to create QuillCameraProviderShim for %s",
+                            instanceName.c_str());
+        // Looked at only so that the platform does not end the process over a failure here.
+        (void)provider->unlinkToDeath(this).isOk();
+        replaceUnlocked(descriptor->mProvider, {});
+        return false;
+    }
+    return true;
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

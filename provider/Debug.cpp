@@ -9,14 +9,8 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <map>
-#include <mutex>
-#include <set>
 #include <sstream>
-#include <string>
 #include <string_view>
-
-#include <cutils/properties.h>
 
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/CameraIdProperty.h"
@@ -24,12 +18,6 @@
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 namespace {
-
-void addProperty(std::ostream& text, const std::string& name) {
-    char value[PROPERTY_VALUE_MAX];
-    property_get(name.c_str(), value, "");
-    text << "  " << name << " = \"" << value << "\"\n";
-}
 
 std::string describe(OrvoCameraServiceImplementation& object) {
     std::map<std::string, std::string> devices;
@@ -51,16 +39,19 @@ std::string describe(OrvoCameraServiceImplementation& object) {
     }
 
     text << "Active devices:" << (devices.empty() ? " none\n" : "\n");
-    for (const auto& [name, providerName] : devices) {
-        text << "  " << name << " <- " << providerName << "\n";
+    for (const auto& [androidDeviceName, providerDeviceName] : devices) {
+        text << "  " << androidDeviceName << " <- " << providerDeviceName << "\n";
         // A provider may report devices of a type that is not its own.
         DeviceNameParts parts;
-        if (splitDeviceName(providerName, parts)) types.emplace(parts.type);
+        if (splitDeviceName(providerDeviceName, parts)) types.emplace(parts.type);
     }
 
     text << "Properties:\n";
-    for (const std::string& type : types) addProperty(text, cameraIdProperty(type));
-    addProperty(text, kExternalProviderAddedProperty);
+    const auto add = [&text](const std::string& property) {
+        text << "  " << property << " = \"" << readProperty(property) << "\"\n";
+    };
+    for (const std::string& type : types) add(cameraIdProperty(type));
+    add(kExternalProviderAddedProperty);
     return text.str();
 }
 

@@ -5,26 +5,43 @@
 
 #include <android/log.h>
 
-#include "provider/LentText.h"
-#include "provider/LogTag.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 
 using common::V1_0::Status;
 
+namespace {
+
+// Hands a request of either version on to the shim of the provider that owns the device.
+template <typename Request, typename ResultCallback>
+Return<void> requestDevice(const OrvoCameraServiceImplementation::HALDescriptor* owner,
+                           Request request, const std::string& deviceName,
+                           ResultCallback resultCallback) {
+    if (owner == nullptr) {
+        resultCallback(Status::ILLEGAL_ARGUMENT, nullptr);
+        return Void();
+    }
+    const sp<ICameraProvider> shim = owner->mShim.promote();
+    if (shim == nullptr) {
+        resultCallback(Status::INTERNAL_ERROR, nullptr);
+        return Void();
+    }
+    hidl_string lentName;  // Without a copy, as the name outlasts the call.
+    lentName.setToExternal(deviceName.c_str(), deviceName.size());
+    return (shim.get()->*request)(lentName, std::move(resultCallback));
+}
+
+}  // namespace
+
 Return<void> OrvoCameraServiceImplementation::getCameraIdList(getCameraIdList_cb _hidl_cb) {
     Status status = Status::OK;
     std::vector<hidl_string> names;
 
     for (const HALDescriptor& descriptor : mHalDescriptors) {
-        const sp<ICameraProvider> shim = descriptor.mShim.promote();
-        if (shim == nullptr) {
-            __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                                "No shim to list the cameras of %s, skipping it",
-                                descriptor.mName.c_str());
-            continue;
-        }
+        const sp<ICameraProvider> shim = descriptor.shimTo("list the cameras of");
+        if (shim == nullptr) continue;
+
         // The result is discarded unexamined on purpose: a provider that vanishes in the middle of
         // an enumeration ends the process by the platform's rule, and it starts afresh.
         shim->getCameraIdList([&](Status reported, const hidl_vec<hidl_string>& reportedNames) {
@@ -56,46 +73,32 @@ Return<void> OrvoCameraServiceImplementation::isSetTorchModeSupported(
 
 Return<void> OrvoCameraServiceImplementation::getCameraDeviceInterface_V1_x(
         const hidl_string& cameraDeviceName, getCameraDeviceInterface_V1_x_cb _hidl_cb) {
-    const std::string providerName = androidDeviceNameToProviderDeviceName(cameraDeviceName);
-    const HALDescriptor* const descriptor =
-            HALDescriptor::findProviderForAndroidDevice(mHalDescriptors, providerName);
-    if (descriptor == nullptr) {
-        _hidl_cb(Status::ILLEGAL_ARGUMENT, nullptr);
-        return Void();
+    const std::string deviceName = androidDeviceNameToProviderDeviceName(cameraDeviceName);
+    const HALDescriptor* const owner =
+            HALDescriptor::findProviderForAndroidDevice(mHalDescriptors, deviceName);
+    if (owner != nullptr) {
+        // At error priority, and with the same name twice, on purpose.
+        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Got camera for %s id = %s",
+                            deviceName.c_str(), deviceName.c_str());
     }
-
-    // At error priority, and with the same name twice, on purpose.
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Got camera for %s id = %s",
-                        providerName.c_str(), providerName.c_str());
-    const sp<ICameraProvider> shim = descriptor->mShim.promote();
-    if (shim == nullptr) {
-        _hidl_cb(Status::INTERNAL_ERROR, nullptr);
-        return Void();
-    }
-    return shim->getCameraDeviceInterface_V1_x(lend(providerName), std::move(_hidl_cb));
+    return requestDevice(owner, &ICameraProvider::getCameraDeviceInterface_V1_x, deviceName,
+                         std::move(_hidl_cb));
 }
 
 Return<void> OrvoCameraServiceImplementation::getCameraDeviceInterface_V3_x(
         const hidl_string& cameraDeviceName, getCameraDeviceInterface_V3_x_cb _hidl_cb) {
-    const std::string providerName = androidDeviceNameToProviderDeviceName(cameraDeviceName);
+    const std::string deviceName = androidDeviceNameToProviderDeviceName(cameraDeviceName);
     __android_log_print(ANDROID_LOG_INFO, kLogTag,
                         "Getting camera device interface for %s camera name %s",
-                        cameraDeviceName.c_str(), providerName.c_str());
-    const HALDescriptor* const descriptor =
-            HALDescriptor::findProviderForAndroidDevice(mHalDescriptors, providerName);
-    if (descriptor == nullptr) {
-        _hidl_cb(Status::ILLEGAL_ARGUMENT, nullptr);
-        return Void();
+                        cameraDeviceName.c_str(), deviceName.c_str());
+    const HALDescriptor* const owner =
+            HALDescriptor::findProviderForAndroidDevice(mHalDescriptors, deviceName);
+    if (owner != nullptr) {
+        __android_log_print(ANDROID_LOG_INFO, kLogTag, "Got provider %s for cameraDevice %s",
+                            owner->mName.c_str(), cameraDeviceName.c_str());
     }
-
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "Got provider %s for cameraDevice %s",
-                        descriptor->mName.c_str(), cameraDeviceName.c_str());
-    const sp<ICameraProvider> shim = descriptor->mShim.promote();
-    if (shim == nullptr) {
-        _hidl_cb(Status::INTERNAL_ERROR, nullptr);
-        return Void();
-    }
-    return shim->getCameraDeviceInterface_V3_x(lend(providerName), std::move(_hidl_cb));
+    return requestDevice(owner, &ICameraProvider::getCameraDeviceInterface_V3_x, deviceName,
+                         std::move(_hidl_cb));
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

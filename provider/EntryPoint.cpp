@@ -11,7 +11,6 @@
 #include <android/log.h>
 
 #include "mapper/ProviderMapper.h"
-#include "provider/LogTag.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/service/HardwareServiceInteractionProxy.h"
 
@@ -25,13 +24,18 @@ constexpr char kMRLibrary[] = "/vendor/lib64/vendor.quill.mrprovider.provider@2.
 constexpr char kMREntrySymbol[] = "HIDL_FETCH_ICameraProvider";
 constexpr char kMRLoader[] = "LoadMRProviderInterface";  // What the log calls the load.
 
-// Guards gMRProviderHandle and serialises the load; not held while the library's entry runs.
 pthread_mutex_t gMRProviderMutex = PTHREAD_MUTEX_INITIALIZER;
 // Null until a load succeeds. Never closed: providers that the library made live in it.
 void* gMRProviderHandle = nullptr;
 
-// The MR library's entry, or null after logging why there is none. Call with the mutex held.
-FetchFunction findMREntryLocked() {
+struct MRProviderLock {
+    MRProviderLock() { pthread_mutex_lock(&gMRProviderMutex); }
+    ~MRProviderLock() { pthread_mutex_unlock(&gMRProviderMutex); }
+};
+
+// The MR library's entry, or null after logging why there is none.
+FetchFunction findMREntry() {
+    const MRProviderLock lock;
     if (gMRProviderHandle == nullptr) gMRProviderHandle = dlopen(kMRLibrary, RTLD_NOW);
     if (gMRProviderHandle == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s: DLOPEN failed for %s: %s", kMRLoader,
@@ -47,13 +51,11 @@ FetchFunction findMREntryLocked() {
     return entry;
 }
 
-// The MR library's own provider, untouched: its references are that library's affair.
+// The MR library's own provider, untouched: its references are that library's affair. Its entry
+// runs without the lock.
 ICameraProvider* fetchMRProvider() {
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "Creating MR provider");
-    pthread_mutex_lock(&gMRProviderMutex);
-    const FetchFunction fetch = findMREntryLocked();
-    pthread_mutex_unlock(&gMRProviderMutex);
-
+    const FetchFunction fetch = findMREntry();
     ICameraProvider* const provider = fetch == nullptr ? nullptr : fetch(kMRInstance);
     if (provider == nullptr) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Could not create MR provider");

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Builds the set of descriptors of the underlying providers and looks them up in it.
 
-#include <utility>
-
 #include <android/log.h>
 
-#include "provider/LogTag.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/DeviceInfo.h"
 
@@ -20,55 +17,57 @@ constexpr int kDeviceNameErrorNumber = 462;
 
 using HALDescriptor = OrvoCameraServiceImplementation::HALDescriptor;
 
-std::set<HALDescriptor> HALDescriptor::fromProviderNames(const std::vector<std::string>& names) {
+std::set<HALDescriptor> HALDescriptor::fromProviderNames(
+        const std::vector<std::string>& instanceNames) {
     std::set<HALDescriptor> descriptors;
-    for (const std::string& name : names) {
-        HALDescriptor descriptor;
-        descriptor.mName = name;
-        const size_t slash = name.find('/');
-        if (slash == std::string::npos) {
+    for (const std::string& instanceName : instanceNames) {
+        const std::optional<std::string> type = typeOfInstance(instanceName);
+        if (!type.has_value()) {
             __android_log_print(ANDROID_LOG_ERROR, kLogTag, "FATAL: Invalid provider name %s",
-                                name.c_str());
+                                instanceName.c_str());
             shutdown();
         }
-        descriptor.mType = name.substr(0, slash);
+        HALDescriptor descriptor;
+        descriptor.mName = instanceName;
+        descriptor.mType = *type;
         descriptors.insert(descriptor);
     }
     return descriptors;
 }
 
-namespace {
-
-HALDescriptor* find(const std::set<HALDescriptor>& descriptors, std::string name) {
+HALDescriptor* HALDescriptor::findByName(const std::set<HALDescriptor>& descriptors,
+                                         const std::string& instanceName) {
     HALDescriptor probe;
-    probe.mName = std::move(name);
+    probe.mName = instanceName;
     const auto found = descriptors.find(probe);
     if (found == descriptors.end()) {
         // Not fatal in spite of its text: every foreign provider of the device ends here once.
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "FATAL(%d): Invalid provider name %s",
-                            kProviderLookupErrorNumber, probe.mName.c_str());
+                            kProviderLookupErrorNumber, instanceName.c_str());
         return nullptr;
     }
     return const_cast<HALDescriptor*>(&*found);
 }
 
-}  // namespace
-
-HALDescriptor* HALDescriptor::findByName(const std::set<HALDescriptor>& descriptors,
-                                         const std::string& name) {
-    return find(descriptors, name);
-}
-
 HALDescriptor* HALDescriptor::findProviderForAndroidDevice(
-        const std::set<HALDescriptor>& descriptors, const std::string& deviceName) {
+        const std::set<HALDescriptor>& descriptors, const std::string& providerDeviceName) {
     DeviceNameParts parts;
-    if (!splitDeviceName(deviceName, parts)) {
+    if (!splitDeviceName(providerDeviceName, parts)) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "FATAL(%d): Invalid device name %s",
-                            kDeviceNameErrorNumber, deviceName.c_str());
+                            kDeviceNameErrorNumber, providerDeviceName.c_str());
         shutdown();
     }
     // Always number 0: a device name does not say which instance of its type reported it.
-    return find(descriptors, std::string(parts.type).append("/0"));
+    return findByName(descriptors, std::string(parts.type).append("/0"));
+}
+
+sp<ICameraProvider> HALDescriptor::shimTo(const char* purpose) const {
+    const sp<ICameraProvider> shim = mShim.promote();
+    if (shim == nullptr) {
+        __android_log_print(ANDROID_LOG_WARN, kLogTag, "No shim to %s %s, skipping it", purpose,
+                            mName.c_str());
+    }
+    return shim;
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

@@ -12,16 +12,15 @@
 #include <android/log.h>
 #include <cutils/properties.h>
 
-#include "provider/LogTag.h"
 #include "provider/naming/CameraIdProperty.h"
+#include "provider/naming/DeviceInfo.h"
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 namespace {
 
 constexpr char kProviderMapFile[] = "/vendor/etc/orvo_vendor_manifest.xml";
 constexpr int kMapLoadErrorNumber = 165;  // Part of the text that log readers search for.
-
-constexpr char kExternalProvider[] = "external/0";
+constexpr char kExternalInstance[] = "external/0";
 
 }  // namespace
 
@@ -32,13 +31,13 @@ OrvoCameraServiceImplementation::OrvoCameraServiceImplementation(
       mProviderMapper(std::move(mapper)),
       mServiceProxy(std::move(serviceProxy)),
       mProviderName(name) {
-    const size_t slash = mProviderName.find('/');
-    if (slash == std::string::npos) {
+    const std::optional<std::string> type = typeOfInstance(mProviderName);
+    if (!type.has_value()) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "FATAL: Invalid provider name %s",
                             mProviderName.c_str());
         shutdown();
     }
-    mProviderType = mProviderName.substr(0, slash);
+    mProviderType = *type;
 
     if (!mProviderMapper->loadMapFromFile(kProviderMapFile)) {
         // Not fatal in spite of its text: the process goes on without this instance.
@@ -71,16 +70,17 @@ OrvoCameraServiceImplementation::~OrvoCameraServiceImplementation() {
 }
 
 bool OrvoCameraServiceImplementation::initialize() {
-    const hidl_vec<hidl_string> services = mServiceProxy->listServices();
-    for (const std::string service : services) {
-        __android_log_print(ANDROID_LOG_INFO, kLogTag, "Loading service %s", service.c_str());
-        const HALDescriptor* const descriptor = HALDescriptor::findByName(mHalDescriptors, service);
+    const hidl_vec<hidl_string> declared = mServiceProxy->listServices();
+    for (const std::string instanceName : declared) {
+        __android_log_print(ANDROID_LOG_INFO, kLogTag, "Loading service %s", instanceName.c_str());
+        const HALDescriptor* const descriptor =
+                HALDescriptor::findByName(mHalDescriptors, instanceName);
         if (descriptor == nullptr) continue;
 
         __android_log_print(ANDROID_LOG_INFO, kLogTag, "Found replacement provider %s for %s",
-                            service.c_str(), mProviderName.c_str());
-        const bool connected = initializeProviderService(descriptor, service);
-        if (connected && service == kExternalProvider) {
+                            instanceName.c_str(), mProviderName.c_str());
+        const bool connected = initializeProviderService(descriptor, instanceName);
+        if (connected && instanceName == kExternalInstance) {
             property_set(kExternalProviderAddedProperty, "1");
         }
     }

@@ -23,18 +23,18 @@
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 
-using ::android::hidl::base::V1_0::IBase;
+struct DeviceNameParts;
+
+/** The tag of every line that the provider object and its file-scope functions log. */
+inline constexpr char kLogTag[] = "OrvoCameraServiceImpl";
 
 /**
  * Presents the cameras of the underlying providers that the replacement map names for one instance
- * as the cameras of one provider.
+ * as the cameras of one provider. The framework calls it as ICameraProvider, every underlying
+ * provider as ICameraProviderCallback, and the platform as death recipient of each of them, on any
+ * HIDL thread, several at once. Whoever holds it must keep it alive while a reconnection runs.
  *
- * The framework calls it as ICameraProvider, every underlying provider as ICameraProviderCallback,
- * and the platform as death recipient of each of them; all three may call on any HIDL thread,
- * several at once. Whoever holds the object must keep it alive while a reconnection thread runs.
- *
- * Everything is public: the entry point, the reconnection thread and the tests use the members, and
- * nobody else ever sees this header.
+ * Everything is public, for this library's functions and tests; nobody else sees this header.
  */
 class OrvoCameraServiceImplementation : public ICameraProvider,
                                         public hidl_death_recipient,
@@ -43,37 +43,38 @@ class OrvoCameraServiceImplementation : public ICameraProvider,
     /** One underlying provider. Its address in the set is its death cookie. */
     struct HALDescriptor {
         std::string mName;  ///< Instance name, such as "external/0"; the only ordering key.
-        std::string mType;  ///< mName up to its first "/".
+        std::string mType;  ///< "external" of "external/0".
 
-        // The connection. Replaced in place, on several threads and without a lock, each time by
-        // one assignment; mutable because the elements of a set are const.
+        // The connection, replaced with replaceUnlocked(). Mutable, as a set's elements are const.
         mutable sp<ICameraProvider> mProvider;  ///< The service; null while unconnected.
         mutable wp<ICameraProvider> mShim;      ///< Forwards calls to it; owned by its library.
 
         bool operator<(const HALDescriptor& other) const { return mName < other.mName; }
 
         /** One descriptor per distinct name. Ends the process on a name without "/". */
-        static std::set<HALDescriptor> fromProviderNames(const std::vector<std::string>& names);
+        static std::set<HALDescriptor> fromProviderNames(
+                const std::vector<std::string>& instanceNames);
 
-        /** The element of `descriptors` with that name, or null after logging that there is none.
-         */
+        /** The element of that name, or null after logging that there is none. */
         static HALDescriptor* findByName(const std::set<HALDescriptor>& descriptors,
-                                         const std::string& name);
+                                         const std::string& instanceName);
 
         /**
-         * The element of `descriptors` that serves `deviceName` (a name in provider form): that of
-         * its provider type and the number 0. Null when there is none; ends the process when the
-         * name does not parse.
+         * The element that serves a device: that of its provider type and the number 0. Null when
+         * there is none; ends the process when the name does not parse.
          */
         static HALDescriptor* findProviderForAndroidDevice(
-                const std::set<HALDescriptor>& descriptors, const std::string& deviceName);
+                const std::set<HALDescriptor>& descriptors, const std::string& providerDeviceName);
+
+        /** The shim, or null after logging that there is none "to <purpose> <name>". */
+        sp<ICameraProvider> shimTo(const char* purpose) const;
     };
 
     /**
      * Loads the map and makes the descriptors; contacts no provider. Afterwards mIsValid says
-     * whether the object may be used. Ends the process when `name` or a replacement has no "/".
+     * whether the object may be used. Ends the process when a name has no "/".
      */
-    OrvoCameraServiceImplementation(const char* name,
+    OrvoCameraServiceImplementation(const char* instanceName,
                                     std::shared_ptr<ServiceInteractionProxy> serviceProxy,
                                     std::shared_ptr<::orvo::camera::IProviderMapper> mapper);
     ~OrvoCameraServiceImplementation() override;
@@ -92,15 +93,14 @@ class OrvoCameraServiceImplementation : public ICameraProvider,
                                                getCameraDeviceInterface_V3_x_cb _hidl_cb) override;
 
     /**
-     * Of the base interface: writes the state of the object as text to the first descriptor of
-     * `fd`, which may be null, closed or full: what cannot be written at once is dropped. Calls
-     * nobody, and takes mActiveDevicesMutex for a copy only. The options are not used.
+     * Writes the state of the object as text to the first descriptor of `fd`, which may be null,
+     * closed or full: what cannot be written at once is dropped. Calls nobody.
      */
     Return<void> debug(const hidl_handle& fd, const hidl_vec<hidl_string>& options) override
             EXCLUDES(mActiveDevicesMutex);
 
     /** Withdraws a dead provider's cameras and starts its reconnection. `who` is not used. */
-    void serviceDied(uint64_t cookie, const wp<IBase>& who) override;
+    void serviceDied(uint64_t cookie, const wp<::android::hidl::base::V1_0::IBase>& who) override;
 
     // ICameraProviderCallback: what the underlying providers report, under their device names.
     Return<void> cameraDeviceStatusChange(const hidl_string& cameraDeviceName,
@@ -109,24 +109,27 @@ class OrvoCameraServiceImplementation : public ICameraProvider,
                                        common::V1_0::TorchModeStatus newStatus) override;
 
     /**
-     * Fetches the service `name`, links to its death and makes its shim. False, after a log line,
-     * when one of them fails; the descriptor then has no service. Null `descriptor`: false.
+     * Fetches the service, links to its death and makes its shim. False, after a log line, when one
+     * of them fails; the descriptor then has no service. Null `descriptor`: false.
      */
-    bool initializeProviderService(const HALDescriptor* descriptor, const std::string& name);
+    bool initializeProviderService(const HALDescriptor* descriptor,
+                                   const std::string& instanceName);
 
     /**
-     * Forgets every active device of the type of `providerName` and tells the framework that it is
-     * gone. Returns how many of these notifications the framework accepted. Takes
-     * mActiveDevicesMutex, and calls the framework only after releasing it.
+     * Forgets every active device of the instance's type and tells the framework that it is gone,
+     * without the lock. Returns how many of these notifications the framework accepted.
      */
-    size_t removeAndNotifyDevicesByProviderName(const std::string& providerName)
+    size_t removeAndNotifyDevicesByProviderName(const std::string& instanceName)
             EXCLUDES(mActiveDevicesMutex);
 
     /** The framework's name for a provider's device. Ends the process on an empty name. */
-    std::string providerDeviceNameToAndroidDeviceName(const std::string& providerName);
+    std::string providerDeviceNameToAndroidDeviceName(const std::string& providerDeviceName);
+    /** The same for a name whose parts are known. */
+    std::string providerDeviceNameToAndroidDeviceName(const std::string& providerDeviceName,
+                                                      const DeviceNameParts& parts);
 
     /** The provider's name for a framework's device: "" if unknown, itself if malformed. */
-    std::string androidDeviceNameToProviderDeviceName(const std::string& androidName)
+    std::string androidDeviceNameToProviderDeviceName(const std::string& androidDeviceName)
             EXCLUDES(mActiveDevicesMutex);
 
     /** The one fatal exit: says so, waits a second, ends the process with status 1. Any thread. */
@@ -135,17 +138,27 @@ class OrvoCameraServiceImplementation : public ICameraProvider,
     bool mIsValid;
     std::shared_ptr<::orvo::camera::IProviderMapper> mProviderMapper;
     std::shared_ptr<ServiceInteractionProxy> mServiceProxy;
-    /** The framework's. No lock: replaced by setCallback only, and copied before it is used. */
+    /** The framework's. Replaced with replaceUnlocked() by setCallback only; copied to be used. */
     sp<ICameraProviderCallback> mCallback;
     /** No lock: the constructor fixes its membership. Never copied, as addresses are cookies. */
     std::set<HALDescriptor> mHalDescriptors;
     std::string mProviderType;  ///< "legacy" of "legacy/0".
-    std::string mProviderName;
+    std::string mProviderName;  ///< The object's own instance name.
     /** Key: framework device name. Value: the name by which its provider reported it. */
     std::map<std::string, std::string> mActiveDevices GUARDED_BY(mActiveDevicesMutex);
     /** Also serialises the edits of the id properties. Never held during a call to outside. */
     std::mutex mActiveDevicesMutex;
 };
+
+/**
+ * Replaces an sp<> or wp<> that other threads copy without a lock. An assignment releases the old
+ * object before it stores the new pointer, so the old one is held until that is done.
+ */
+template <typename Reference>
+void replaceUnlocked(Reference& reference, const Reference& value) {
+    const Reference old = reference;
+    reference = value;
+}
 
 /**
  * What the platform's passthrough loader looks up and calls, on any thread. Returns the provider

@@ -1,12 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Stands between the underlying providers' notifications and the framework's callback.
 
-#include <utility>
-
 #include <android/log.h>
 
-#include "provider/LentText.h"
-#include "provider/LogTag.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/CameraIdProperty.h"
 #include "provider/naming/DeviceInfo.h"
@@ -31,17 +27,13 @@ void logDropped(const char* method, int number) {
 
 Return<Status> OrvoCameraServiceImplementation::setCallback(
         const sp<ICameraProviderCallback>& callback) {
-    mCallback = callback;
+    replaceUnlocked(mCallback, callback);
 
     for (const HALDescriptor& descriptor : mHalDescriptors) {
-        sp<ICameraProvider> shim = descriptor.mShim.promote();
-        if (shim == nullptr) {
-            // A provider that is not running must not take the others down.
-            __android_log_print(ANDROID_LOG_WARN, kLogTag,
-                                "No shim to set the callback on for %s, skipping it",
-                                descriptor.mName.c_str());
-            continue;
-        }
+        // A provider that is not running must not take the others down.
+        sp<ICameraProvider> shim = descriptor.shimTo("set the callback on for");
+        if (shim == nullptr) continue;
+
         // Only the transport counts: a provider that answers with an error status is registered.
         const bool registered = shim->setCallback(this).isOk();
         shim.clear();
@@ -55,27 +47,28 @@ Return<Status> OrvoCameraServiceImplementation::setCallback(
 
 Return<void> OrvoCameraServiceImplementation::cameraDeviceStatusChange(
         const hidl_string& cameraDeviceName, CameraDeviceStatus newStatus) {
-    std::string providerName = cameraDeviceName;
+    const std::string providerDeviceName = cameraDeviceName;
     // Two words for three states on purpose: ENUMERATING is logged as NOT_PRESENT.
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "Got camera status change for %s and status %s",
-                        providerName.c_str(),
+                        providerDeviceName.c_str(),
                         newStatus == CameraDeviceStatus::PRESENT ? "PRESENT" : "NOT_PRESENT");
-    const std::string frameworkName = providerDeviceNameToAndroidDeviceName(providerName);
-
-    // A name that does not parse has an empty type and an empty id, and goes on with them.
-    DeviceNameParts parts;  // Of the argument: `providerName` may move into the map.
-    if (!splitDeviceName(viewOf(cameraDeviceName), parts)) {
+    DeviceNameParts parts;
+    const bool parsed = splitDeviceName(providerDeviceName, parts);
+    const std::string androidDeviceName =
+            providerDeviceNameToAndroidDeviceName(providerDeviceName, parts);
+    if (!parsed) {
+        // And it goes on with an empty type and an empty id.
         __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to parse device name %s",
-                            providerName.c_str());
+                            providerDeviceName.c_str());
     }
 
     {
         const std::lock_guard<std::mutex> lock(mActiveDevicesMutex);
         if (newStatus == CameraDeviceStatus::NOT_PRESENT) {
             removeCameraIdFromSystemProperty(parts.type, parts.id);  // Also for an unknown device.
-            mActiveDevices.erase(frameworkName);
+            mActiveDevices.erase(androidDeviceName);
         } else if (newStatus == CameraDeviceStatus::PRESENT) {
-            mActiveDevices[frameworkName] = std::move(providerName);
+            mActiveDevices[androidDeviceName] = providerDeviceName;
             appendCameraIdToSystemProperty(parts.type, parts.id);
         }
         for (const auto& [key, value] : mActiveDevices) {
@@ -89,21 +82,21 @@ Return<void> OrvoCameraServiceImplementation::cameraDeviceStatusChange(
         logDropped("cameraDeviceStatusChange", kDeviceStatusDroppedNumber);
         return Void();
     }
-    return callback->cameraDeviceStatusChange(lend(frameworkName), newStatus);
+    return callback->cameraDeviceStatusChange(androidDeviceName, newStatus);
 }
 
 Return<void> OrvoCameraServiceImplementation::torchModeStatusChange(
         const hidl_string& cameraDeviceName, TorchModeStatus newStatus) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "Torchmode changed  for %s",
                         cameraDeviceName.c_str());
-    const std::string frameworkName = providerDeviceNameToAndroidDeviceName(cameraDeviceName);
+    const std::string androidDeviceName = providerDeviceNameToAndroidDeviceName(cameraDeviceName);
 
     const sp<ICameraProviderCallback> callback = mCallback;
     if (callback == nullptr) {
         logDropped("torchModeStatusChange", kTorchStatusDroppedNumber);
         return Void();
     }
-    return callback->torchModeStatusChange(lend(frameworkName), newStatus);
+    return callback->torchModeStatusChange(androidDeviceName, newStatus);
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

@@ -10,16 +10,16 @@ namespace android::hardware::camera::provider::V2_4::implementation {
 /** "1" once external/0 has been connected at the start; never reset. */
 inline constexpr char kExternalProviderAddedProperty[] = "service.cam_prvdr.external_0.added";
 
-/*
- * One property per provider type, "camera.<type>.ids", holds the ids of the present cameras of
- * that type in the order in which they were reported, joined by ", ". Two functions read, edit and
- * write it; the caller serialises them (the provider object does so with its
- * mActiveDevicesMutex). A write that the property store refuses, such as one of more than 91
- * characters, changes nothing and is not reported. `type` and `id` may be empty.
+/**
+ * The name of the property that holds the ids of the present cameras of a type, in the order in
+ * which they were reported, joined by ", ". The two functions below edit it, under the provider
+ * object's mActiveDevicesMutex. A write that the property store refuses, such as one of more than
+ * 91 characters, changes nothing and is not reported. `type` and `id` may be empty.
  */
-
-/** The name of the property of `type`. */
 std::string cameraIdProperty(std::string_view type);
+
+/** What a property holds; "" if it is unset. */
+std::string readProperty(const std::string& name);
 
 /** Appends `id` to the ids of `type`, also when it is listed already. */
 void appendCameraIdToSystemProperty(std::string_view type, std::string_view id);

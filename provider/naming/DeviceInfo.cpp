@@ -16,23 +16,18 @@ bool splitDeviceName(std::string_view name, DeviceNameParts& parts) {
     if (versionEnd == std::string_view::npos) return false;
     parts.version = name.substr(at + 1, versionEnd - at - 1);
 
+    // Without a third separator, the type goes on to the end, and there is no id.
     const size_t typeEnd = name.find('/', versionEnd + 1);
-    if (typeEnd == std::string_view::npos) {
-        parts.type = name.substr(versionEnd + 1);
-        return true;
-    }
     parts.type = name.substr(versionEnd + 1, typeEnd - versionEnd - 1);
-    parts.id = name.substr(typeEnd + 1);
+    if (typeEnd != std::string_view::npos) parts.id = name.substr(typeEnd + 1);
     return true;
 }
 
 bool parseDeviceString(const std::string& name, DeviceInfo& info) {
     DeviceNameParts parts;
     const bool parsed = splitDeviceName(name, parts);
-    info.prefix = parts.prefix;
-    info.version = parts.version;
-    info.type = parts.type;
-    info.id = parts.id;
+    info = {std::string(parts.prefix), std::string(parts.version), std::string(parts.type),
+            std::string(parts.id)};
     return parsed;
 }
 

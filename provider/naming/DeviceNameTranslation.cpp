@@ -1,55 +1,54 @@
 // SPDX-License-Identifier: Apache-2.0
 // Translates device names between the underlying providers and the framework.
 
-#include <string.h>
-
 #include <android/log.h>
 
-#include "provider/LogTag.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/DeviceInfo.h"
 
 namespace android::hardware::camera::provider::V2_4::implementation {
 
 std::string OrvoCameraServiceImplementation::providerDeviceNameToAndroidDeviceName(
-        const std::string& providerName) {
+        const std::string& providerDeviceName) {
+    // The result does not matter: a name that does not parse still gets a framework name, made of
+    // whatever parts it has.
+    DeviceNameParts parts;
+    splitDeviceName(providerDeviceName, parts);
+    return providerDeviceNameToAndroidDeviceName(providerDeviceName, parts);
+}
+
+std::string OrvoCameraServiceImplementation::providerDeviceNameToAndroidDeviceName(
+        const std::string& providerDeviceName, const DeviceNameParts& parts) {
     __android_log_print(ANDROID_LOG_INFO, kLogTag, "providerDeviceNameToAndroidDeviceName %s",
-                        providerName.c_str());
-    if (providerName.empty()) {
+                        providerDeviceName.c_str());
+    if (providerDeviceName.empty()) {
         __android_log_print(
                 ANDROID_LOG_ERROR, kLogTag,
                 "FATAL: Failed to find replacement provider for %s. Name can't be empty.",
                 mProviderName.c_str());
         shutdown();
     }
-
-    // The result does not matter: a name that does not parse still gets a framework name, made of
-    // whatever parts it has.
-    DeviceNameParts parts;
-    splitDeviceName(providerName, parts);
-    std::string name;
-    name.reserve(providerName.size() + mProviderType.size() + strlen("@//"));
-    name.append(parts.prefix).append(1, '@').append(parts.version).append(1, '/');
-    name.append(mProviderType).append(1, '/').append(parts.id);
+    std::string name(parts.prefix);
+    name.append("@").append(parts.version).append("/");
+    name.append(mProviderType).append("/").append(parts.id);
     return name;
 }
 
 std::string OrvoCameraServiceImplementation::androidDeviceNameToProviderDeviceName(
-        const std::string& androidName) {
+        const std::string& androidDeviceName) {
     DeviceNameParts parts;
-    const bool parsed = splitDeviceName(androidName, parts);
-    if (!parsed || parts.prefix.empty() || parts.version.empty() || parts.type.empty() ||
-        parts.id.empty()) {
+    if (!splitDeviceName(androidDeviceName, parts) || parts.prefix.empty() ||
+        parts.version.empty() || parts.type.empty() || parts.id.empty()) {
         __android_log_print(ANDROID_LOG_ERROR, kLogTag,
                             "WARNING: Failed to parse device name %s. Android frameworkwill likely "
                             "fail to recognize this camera",
-                            androidName.c_str());
-        return androidName;
+                            androidDeviceName.c_str());
+        return androidDeviceName;
     }
 
     // Inserts an empty entry for an unknown name on purpose: the caller fails on the empty name.
     const std::lock_guard<std::mutex> lock(mActiveDevicesMutex);
-    return mActiveDevices[androidName];
+    return mActiveDevices[androidDeviceName];
 }
 
 }  // namespace android::hardware::camera::provider::V2_4::implementation

@@ -76,6 +76,15 @@ class BarTest(unittest.TestCase):
         self.assertEqual(self.misses((100, 100), (5.1, 5)), ["allocations"])
         self.assertEqual(self.misses((100, 100), (4, 5)), [])
 
+    def test_two_allocations_more_are_allowed_for_a_status_report_and_each_device_of_a_death(self):
+        for operation, size, allowed in (("cameraDeviceStatusChange PRESENT", 64, 2),
+                                         ("cameraDeviceStatusChange NOT_PRESENT", 64, 2),
+                                         ("torchModeStatusChange", 64, 2),
+                                         ("death of a provider", 64, 128)):
+            self.KEY = (operation, size)
+            self.assertEqual(self.misses((100, 100), (5 + allowed, 5)), [])
+            self.assertEqual(self.misses((100, 100), (5.1 + allowed, 5)), ["allocations"])
+
     def test_what_was_not_measured_in_every_way_is_an_error(self):
         with self.assertRaisesRegex(ValueError, "not everything was measured"):
             arithmetic.combine({self.KEY: Pair(1, 1)}, {self.KEY: Pair(1, 1)}, {})

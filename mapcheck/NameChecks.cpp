@@ -98,7 +98,7 @@ bool checkCharacters(const std::string& name, const std::string& what, const cha
 }  // namespace
 
 std::string typeOf(const std::string& instance) {
-    return instance.substr(0, instance.find('/'));
+    return naming::typeOfInstance(instance).value_or(instance);
 }
 
 bool isPlainName(const std::string& name) {

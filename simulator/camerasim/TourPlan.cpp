@@ -10,6 +10,7 @@
 
 #include <VintfManifest.h>
 
+#include "provider/naming/DeviceInfo.h"
 #include "simulator/description/ProviderMap.h"
 
 namespace orvo::simulator {
@@ -24,7 +25,8 @@ constexpr char kProviderControl[] = "vendor.orvo.simulator@1.0::ISimulatedProvid
 constexpr char kMrInstance[] = "default/0";
 
 std::string typeOf(const std::string& instance) {
-    return instance.substr(0, instance.find('/'));
+    namespace naming = ::android::hardware::camera::provider::V2_4::implementation;
+    return naming::typeOfInstance(instance).value_or(instance);
 }
 
 /** Every instance that a program registers must be declared, or nobody would find it. */

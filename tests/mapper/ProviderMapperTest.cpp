@@ -137,6 +137,13 @@ TEST_F(ProviderMapperTest, OtherChildrenTextAndCommentsAreIgnored) {
     EXPECT_THAT(mMapper.mProviderMap, SizeIs(1));
 }
 
+TEST_F(ProviderMapperTest, OnlyElementsAreEntriesWhateverElseIsNamedAlike) {
+    EXPECT_TRUE(load(R"(<map><![CDATA[instance]]><?instance replace="pi/0"?><?instance?>
+        <![CDATA[<instance replace="cdata/0">legacy/0</instance>]]><!--instance-->
+        <instance replace="external/0">legacy/0</instance></map>)"));
+    EXPECT_THAT(mLog.lines(), ElementsAre(loaded("legacy/0", "external/0")));
+}
+
 TEST_F(ProviderMapperTest, ANamespacePrefixDoesNotHideAnEntry) {
     EXPECT_TRUE(load(R"(<m:map xmlns:m="urn:m">
         <m:instance replace="external/0">legacy/0</m:instance>
@@ -285,6 +292,8 @@ TEST_F(ProviderMapperTest, MalformedDocumentsAreRefused) {
                 "an error line; the load fails, the map stays empty");
     const char* const documents[] = {
             "plain text",
+            "x",
+            "<",
             "<map>",
             "<map></mapp>",
             "<map/><map/>",

@@ -82,6 +82,16 @@ TEST_F(ConnectionTest, TheGivenNameIsLookedUpAndTheDescriptorsNameGoesToTheShim)
                 ElementsAre(errorLine("Failed to create QuillCameraProviderShim for other name")));
 }
 
+TEST_F(ConnectionTest, TheLinesOfAFailureNameTheGivenName) {
+    EXPECT_FALSE(mObject->initializeProviderService(mDescriptor, "other name"));
+    EXPECT_THAT(mLog.take(), ElementsAre(errorLine("Failed to get service other name")));
+
+    mService->linkRefused = true;
+    mProxy->start("other name", mService);
+    EXPECT_FALSE(mObject->initializeProviderService(mDescriptor, "other name"));
+    EXPECT_THAT(mLog.take(), ElementsAre(errorLine("Could not link to death for other name")));
+}
+
 TEST_F(ConnectionTest, TheShimIsHeldWeakly) {
     EXPECT_TRUE(connect());
     mShims.drop(kName);

@@ -3,6 +3,8 @@
 
 #include <signal.h>
 
+#include <future>
+
 #include "tests/support/Fault.h"
 #include "tests/support/OlderGoogleTest.h"
 #include "tests/support/ProviderTest.h"
@@ -186,6 +188,18 @@ TEST_F(TorchSupportTest, TheFirstProviderAnswersAlone) {
                                       Pair(Status::METHOD_NOT_SUPPORTED, false)));
     EXPECT_EQ(script("b/0").calls, 0);
     EXPECT_THAT(mLog.lines(), IsEmpty());
+}
+
+TEST_F(TorchSupportTest, TheLockOfTheActiveDevicesIsNotTaken) {
+    makeConnectedObject({"a/0"});
+    std::future<bool> asked;
+    {
+        const std::lock_guard<std::mutex> lock(mObject->mActiveDevicesMutex);
+        asked = std::async(std::launch::async, [this] { return ask().isOk(); });
+        EXPECT_EQ(asked.wait_for(kPatience), std::future_status::ready);
+    }
+    EXPECT_TRUE(asked.get());
+    EXPECT_THAT(mAnswers, SizeIs(1));
 }
 
 TEST_F(TorchSupportTest, ATransportFailureIsReturned) {

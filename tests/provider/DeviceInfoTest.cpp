@@ -73,6 +73,26 @@ INSTANTIATE_TEST_SUITE_P(
                 Case{"device@", false, {"device", "", "", ""}},
                 Case{"a/b@c", false, {"a/b", "", "", ""}}, Case{"@", false, {"", "", "", ""}}));
 
+TEST(DeviceInfoTest, SplittingForgetsTheEarlierParts) {
+    for (const std::string_view name : {"", "camera0", "device@", "@/", "device@3.2"}) {
+        SCOPED_TRACE(name);
+        DeviceNameParts parts = {"old prefix", "old version", "old type", "old id"};
+        splitDeviceName(name, parts);
+        EXPECT_EQ(parts.prefix, name.substr(0, 6) == "device" ? "device" : "");
+        EXPECT_EQ(parts.version, "");
+        EXPECT_EQ(parts.type, "");
+        EXPECT_EQ(parts.id, "");
+    }
+}
+
+TEST(DeviceInfoTest, TheTypeOfAnInstanceIsTheTextBeforeItsFirstSlash) {
+    EXPECT_EQ(typeOfInstance("legacy/0"), "legacy");
+    EXPECT_EQ(typeOfInstance("a/b/c"), "a");
+    EXPECT_EQ(typeOfInstance("/"), "");
+    EXPECT_EQ(typeOfInstance("legacy"), std::nullopt);
+    EXPECT_EQ(typeOfInstance(""), std::nullopt);
+}
+
 TEST(DeviceInfoTest, BytesOfAnyValueAreKept) {
     using namespace std::string_literals;
     DeviceInfo info;

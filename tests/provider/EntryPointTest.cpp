@@ -12,6 +12,7 @@
 #include <android/log.h>
 
 #include "tests/provider/FakePlatform.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Fault.h"
 #include "tests/support/Gate.h"
 #include "tests/support/OlderGoogleTest.h"
@@ -208,6 +209,22 @@ TEST_F(EntryPointTest, AnInstanceThatTheMapDoesNotMentionGivesNull) {
     };
     EXPECT_EQ(mLog.lines(), join({{calledLine("remote/0")}, mapLoadedLines(), own}));
     EXPECT_THAT(mPlatform.queries, IsEmpty());
+}
+
+// The object, the mapper with its map, and the proxy are most of what the calls allocate.
+TEST_F(EntryPointTest, AnObjectThatIsRejectedIsDestroyedWithItsMapperAndItsProxy) {
+    if (!Allocations::kWatched) GTEST_SKIP() << "the sanitizer finds what is left over";
+    HIDL_FETCH_ICameraProvider("remote/0");  // The first one fills caches of the platform's.
+    mLog.take();
+    for (const char* map : {kMap, ""}) {
+        SCOPED_TRACE(map);
+        mPlatform.mapText = map;
+        const Allocations allocations;
+        EXPECT_EQ(HIDL_FETCH_ICameraProvider("remote/0"), nullptr);
+        mLog.take();
+        EXPECT_GT(allocations.largest(), sizeof(Object) - 1) << "it was made";
+        EXPECT_EQ(allocations.left(), 0);
+    }
 }
 
 TEST_F(EntryPointTest, DefaultOneIsAnAggregatingProvider) {
@@ -431,6 +448,41 @@ TEST_F(MRProviderTest, TheEntryRunsWithoutTheLock) {
     firstCall.open();
     EXPECT_EQ(first.get(), mProvider.get());
     EXPECT_EQ(calls, 2);
+}
+
+// A second caller comes while the first one looks the entry up, in a library that is open already.
+TEST_F(MRProviderTest, ACallerDuringTheLookUpOfTheEntryWaitsForIt) {
+    EXPECT_EQ(HIDL_FETCH_ICameraProvider("default/0"), mProvider.get());
+    Gate lookingUp;
+    std::atomic<int> lookUps = 0;
+    mPlatform.onLookUp = [&] {
+        if (++lookUps == 1) lookingUp.pass();
+    };
+    const auto call = [] { return HIDL_FETCH_ICameraProvider("default/0"); };
+    auto first = std::async(std::launch::async, call);
+    ASSERT_TRUE(lookingUp.waitForArrivals(1));
+    mLog.take();
+    auto second = std::async(std::launch::async, call);
+    ASSERT_TRUE(mLog.waitFor(mCreating));
+    EXPECT_EQ(second.wait_for(std::chrono::milliseconds(100)), std::future_status::timeout);
+    EXPECT_EQ(lookUps, 1);
+    lookingUp.open();
+    EXPECT_EQ(first.get(), mProvider.get());
+    EXPECT_EQ(second.get(), mProvider.get());
+}
+
+TEST_F(MRProviderTest, AnAggregatingProviderIsMadeWhileTheLibraryIsBeingLoaded) {
+    Gate loading;
+    mPlatform.onOpen = [&] { loading.pass(); };
+    auto mr =
+            std::async(std::launch::async, [] { return HIDL_FETCH_ICameraProvider("default/0"); });
+    ASSERT_TRUE(loading.waitForArrivals(1));
+    auto aggregating =
+            std::async(std::launch::async, [] { return HIDL_FETCH_ICameraProvider("legacy/0"); });
+    EXPECT_EQ(aggregating.wait_for(kPatience / 2), std::future_status::ready);
+    loading.open();
+    EXPECT_NE(adopt(aggregating.get()), nullptr);
+    EXPECT_EQ(mr.get(), mProvider.get());
 }
 
 // A second caller comes while the first one is inside the load: it waits, and loads nothing.

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // The descriptors of the underlying providers: building the set and looking into it.
 
+#include <algorithm>
+
 #include "tests/support/ProviderTest.h"
 
 namespace orvo::test {
@@ -68,6 +70,13 @@ TEST_F(HalDescriptorTest, TheOrderIsThatOfTheNamesAlone) {
     right.mProvider = new ScriptedProvider;
     EXPECT_FALSE(left < right);
     EXPECT_FALSE(right < left);
+}
+
+TEST_F(HalDescriptorTest, TheMembersAreDeclaredInTheirOrder) {
+    const Descriptor descriptor;
+    const std::vector<const void*> addresses = {&descriptor.mName, &descriptor.mType,
+                                                &descriptor.mProvider, &descriptor.mShim};
+    EXPECT_TRUE(std::is_sorted(addresses.begin(), addresses.end()));
 }
 
 TEST_F(HalDescriptorTest, TheSetHoldsEachNameOnceInOrder) {
@@ -150,6 +159,16 @@ TEST_F(HalDescriptorDeathTest, ANameWithoutASlashEndsTheProcessWhereverItStands)
             ::testing::ExitedWithCode(1),
             ::testing::EndsWith(
                     shutdownText({errorLine("FATAL: Invalid provider name external")})));
+}
+
+TEST_F(HalDescriptorDeathTest, OfTwoNamesWithoutASlashTheFirstOneOfTheListIsReported) {
+    EXPECT_EXIT(
+            {
+                const MirroredLog mirror;
+                makeSet({"legacy/0", "virtual", "external"});
+            },
+            ::testing::ExitedWithCode(1),
+            ::testing::EndsWith(shutdownText({errorLine("FATAL: Invalid provider name virtual")})));
 }
 
 TEST_F(HalDescriptorDeathTest, AnEmptyNameEndsTheProcess) {

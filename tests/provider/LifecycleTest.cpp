@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "provider/naming/DeviceMap.h"
+#include "tests/support/Departing.h"
 #include "tests/support/Fault.h"
 #include "tests/support/ProviderTest.h"
 #include "tests/support/VirtualSlot.h"
@@ -162,6 +163,30 @@ TEST_F(LifecycleTest, InitializeConnectsEveryDeclaredProviderThatHasADescriptor)
                             infoLine("Found replacement provider external/0 for legacy/0")));
 }
 
+TEST_F(LifecycleTest, InitializeHoldsNoLockWhileItCallsOut) {
+    const sp<ScriptedProvider> service = startService("external/0");
+    makeObject("legacy/0", {"external/0"});
+    std::set<std::string> calls;
+    const auto check = [&](const std::string& call) {
+        calls.insert(call);
+        EXPECT_TRUE(activeDevicesAreUnlocked()) << call;
+    };
+    mProxy->onListServices = [&] { check("listServices"); };
+    mProxy->onGetService = [&](const std::string&) { check("getService"); };
+    service->onCall = check;
+    const sp<ScriptedProvider> shim = new ScriptedProvider;
+    mShims.makeWith("external/0", [&] {
+        check("shim");
+        return shim.get();
+    });
+    mProperties.onWrite = [&] { check("property_set"); };
+    mLog.onLine = [&](const LogLine&) { check("log"); };
+    mObject->initialize();
+    mLog.onLine = nullptr;
+    EXPECT_THAT(calls, ElementsAre("getService", "linkToDeath", "listServices", "log",
+                                   "property_set", "shim"));
+}
+
 TEST_F(LifecycleTest, AProviderThatIsDeclaredTwiceIsConnectedTwice) {
     const sp<ScriptedProvider> service = startService("external/0");
     startService("virtual/0");
@@ -278,17 +303,6 @@ TEST_F(LifecycleTest, DestructionReleasesTheMapperBeforeTheProxyAndLeavesTheProv
     mProxy = std::make_shared<FakeServiceInteractionProxy>();
     mMapper = std::make_shared<FakeProviderMapper>();
 }
-
-// Says when it is destroyed.
-template <typename Fake>
-class Departing : public Fake {
-  public:
-    explicit Departing(std::function<void()> onDestroyed) : mOnDestroyed(std::move(onDestroyed)) {}
-    ~Departing() override { mOnDestroyed(); }
-
-  private:
-    std::function<void()> mOnDestroyed;
-};
 
 TEST_F(LifecycleTest, DestructionReleasesTheProxyBeforeTheServicesAndTheCallbackLast) {
     std::vector<std::string> released;

@@ -134,6 +134,25 @@ TEST_F(ReconnectionTest, AProviderThatNeverComesBackIsGivenUpAfterTenAttempts) {
               deviceNotification("device@3.2/legacy/3", CameraDeviceStatus::PRESENT));
 }
 
+TEST_F(ReconnectionTest, AfterTheTenthAttemptTheDescriptorKeepsWhatThatOneLeft) {
+    recordFault("underlying `setCallback`", "fails in transport in every reconnection",
+                "given up after ten attempts; the provider stays connected, with its last shim");
+    restart();
+    mShims.makeWith(kName, [this] {
+        const sp<ScriptedProvider> shim = new ScriptedProvider;
+        shim->setCallbackFails = true;
+        mServices["shim"] = shim;
+        return shim.get();
+    });
+    die(kName);
+    EXPECT_THAT(finish(), ElementsAre(gaveUpLine(kName)));
+    EXPECT_EQ(reconnectionLookups(), 10);
+    EXPECT_EQ(descriptor(kName)->mProvider, mNext);
+    EXPECT_EQ(descriptor(kName)->mShim.promote(), mServices["shim"]);
+    EXPECT_EQ(mNext->unlinkCalls(), 0);
+    EXPECT_THAT(mNext->links(), SizeIs(10)) << "as each attempt linked";
+}
+
 TEST_F(ReconnectionTest, EveryAttemptIsPrecededByAPauseOfTheSameLength) {
     std::vector<std::string> events;
     mProxy->onGetService = [&](const std::string&) { events.push_back("attempt"); };

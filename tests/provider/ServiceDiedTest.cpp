@@ -177,6 +177,20 @@ TEST_F(ServiceDiedTest, TheServiceIsUnlinkedBeforeItIsDropped) {
     finishReconnections();
 }
 
+TEST_F(ServiceDiedTest, TheDeathIsLoggedBeforeTheConnectionIsDropped) {
+    connect({"external/0"});
+    int lines = 0;
+    mLog.onLine = [&](const LogLine& line) {
+        if (!(line == diedLine("external/0"))) return;
+        ++lines;
+        EXPECT_EQ(service("external/0").unlinkCalls(), 0);
+        EXPECT_EQ(mObject->mHalDescriptors.begin()->mProvider, mServices["external/0"]);
+    };
+    die("external/0");
+    EXPECT_EQ(lines, 1);
+    mLog.onLine = nullptr;
+}
+
 TEST_F(ServiceDiedTest, NothingIsLoggedUnderTheLock) {
     connect({"external/0"});
     setCallback();
@@ -322,6 +336,16 @@ TEST_F(WithdrawalTest, ANameWithoutASlashWithdrawsNothing) {
     EXPECT_THAT(mLog.lines(),
                 ElementsAre(errorLine("Invalid provider name format (missing '/'): external"),
                             errorLine("Invalid provider name format (missing '/'): ")));
+}
+
+TEST_F(WithdrawalTest, ADeviceWithoutAnIdIsWithdrawnToo) {
+    setCallback();
+    reportPresent({"device@3.2/external", "device@3.2/virtual"});
+    EXPECT_EQ(withdraw("virtual/0"), 1u) << "both have the same name to the framework";
+    reportPresent({"device@3.2/external"});
+    EXPECT_EQ(withdraw("external/0"), 1u);
+    EXPECT_THAT(activeDevices(), IsEmpty());
+    EXPECT_EQ(mFramework->notifications().back(), gone("device@3.2/legacy/"));
 }
 
 TEST_F(WithdrawalTest, TheInstanceBehindTheTypeDoesNotMatter) {

@@ -47,6 +47,7 @@ bool Allocations::admit(size_t size) {
         return false;
     }
     --mAllowed;
+    ++mLeft;
     return true;
 }
 
@@ -64,11 +65,13 @@ void* operator new(size_t size) {
 }
 
 void operator delete(void* memory) noexcept {
+    orvo::test::Allocations* const watcher = orvo::test::gCurrent;
+    if (watcher != nullptr && memory != nullptr) watcher->release();
     free(memory);
 }
 
 void operator delete(void* memory, size_t /* size */) noexcept {
-    free(memory);
+    operator delete(memory);
 }
 
 #endif

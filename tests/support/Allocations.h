@@ -29,12 +29,18 @@ class Allocations {
     /** The largest request so far, in bytes. */
     size_t largest() const { return mLargest; }
 
+    /** How many blocks the thread has asked for and not given back. */
+    long left() const { return mLeft; }
+
     /** Counts one request; false when it is to be refused. */
     bool admit(size_t size);
+    /** Counts one block that is given back. */
+    void release() { --mLeft; }
 
   private:
     size_t mAllowed;
     size_t mLargest = 0;
+    long mLeft = 0;
     bool mExhausted = false;
 };
 

@@ -33,6 +33,7 @@ sp<FakeServiceInteractionProxy::ICameraProvider> FakeServiceInteractionProxy::ge
 }
 
 hidl_vec<hidl_string> FakeServiceInteractionProxy::listServices() {
+    if (onListServices) onListServices();
     const std::lock_guard<std::mutex> lock(mMutex);
     ++mListings;
     return std::vector<hidl_string>(declared.begin(), declared.end());

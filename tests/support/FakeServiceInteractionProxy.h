@@ -45,6 +45,8 @@ class FakeServiceInteractionProxy
     std::vector<std::string> declared;
     /** Runs at the start of every look-up, with the name. Set before the proxy is shared. */
     std::function<void(const std::string&)> onGetService;
+    /** Runs at the start of every listing. Set before the proxy is shared. */
+    std::function<void()> onListServices;
     std::function<void()> onDestroyed;
 
   private:

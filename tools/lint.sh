@@ -52,6 +52,16 @@ git ls-files --cached --others --exclude-standard '*.md' | xargs tools/check-lin
 # Analysis needs the generated headers, which are built first.
 cmake --build "$build" --target generated_headers -j "$(nproc)" > /dev/null ||
     complain "the generated headers cannot be built"
+
+# Clang holds the library to its locks, as it does host/ and simulator/ whenever it builds them, and
+# would say so if one were missing.
+cmake --build "$build" --target library_locks -j "$(nproc)" > "$build/library_locks.log" ||
+    complain "take the locks that are missing: $(grep error: "$build/library_locks.log")"
+for kind in host library; do
+    [[ $(cmake --build "$build" --target missing_lock_$kind) == *'requires holding mutex'* ]] ||
+        complain "clang does not see the lock that tests/locks/MissingLock.cpp does not take ($kind)"
+done
+
 mapfile -t analysed < <(git ls-files 'provider/*.cpp' 'mapper/*.cpp' 'mapcheck/*.cpp' 'host/*.cpp' 'simulator/*.cpp')
 printf '%s\n' "${analysed[@]}" |
     xargs -P "$(nproc)" -n 4 clang-tidy --quiet -p "$build" 2> >(grep -v 'warnings generated\|Suppressed\|Use -header-filter\|Use .*-system-headers' >&2) ||

@@ -61,7 +61,7 @@ std::string describeEnd(int status) {
 
 Supervisor::~Supervisor() {
     stopAll();
-    std::unique_lock lock(mLock);
+    MutexLock lock(mLock);
     for (auto& [name, child] : mChildren) {
         std::thread waiter = std::move(child.waiter);
         lock.unlock();
@@ -78,7 +78,7 @@ Result<pid_t> Supervisor::start(const ProgramStart& program) {
     unique_fd log(open(program.logFile.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644));
     if (!log.ok()) return ErrnoError() << "cannot write '" << program.logFile << "'";
 
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     if (mStopping) return Error() << "the device is being stopped";
     const Child* namesake = find(program.name);
     if (namesake != nullptr && namesake->running) return Error() << program.name << " runs already";
@@ -103,7 +103,7 @@ void Supervisor::waitForEnd(const std::string& name, Child* child) {
     siginfo_t info;
     TEMP_FAILURE_RETRY(waitid(P_PID, child->pid, &info, WEXITED | WNOWAIT));
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         int status = 0;
         TEMP_FAILURE_RETRY(waitpid(child->pid, &status, 0));
         child->running = false;
@@ -111,7 +111,7 @@ void Supervisor::waitForEnd(const std::string& name, Child* child) {
     }
     if (mObserver) mObserver(name, child->pid, child->end);
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         child->observed = true;
     }
     mChanged.notify_all();
@@ -130,20 +130,20 @@ bool Supervisor::isRunning(const std::string& name) const {
 }
 
 std::optional<pid_t> Supervisor::pidOf(const std::string& name) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const Child* child = find(name);
     if (child == nullptr || !child->running) return std::nullopt;
     return child->pid;
 }
 
 std::string Supervisor::endOf(const std::string& name) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const Child* child = find(name);
     return child == nullptr ? "" : child->end;
 }
 
 Supervisor::History Supervisor::historyOf(const std::string& wanted) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     History history;
     for (const auto& [name, child] : mChildren) {
         if (name != wanted || child.running) continue;
@@ -154,22 +154,22 @@ Supervisor::History Supervisor::historyOf(const std::string& wanted) const {
 }
 
 bool Supervisor::isHung(const std::string& name) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const Child* child = find(name);
     return child != nullptr && child->running && isStopped(child->pid);
 }
 
 bool Supervisor::awaitEnd(const std::string& name, std::chrono::milliseconds patience) {
-    std::unique_lock lock(mLock);
+    MutexLock lock(mLock);
     const Child* child = find(name);
     if (child == nullptr) return true;
-    return mChanged.wait_for(lock, patience, [&] { return child->observed; });
+    return mChanged.wait_for(lock, patience, [&]() REQUIRES(mLock) { return child->observed; });
 }
 
 bool Supervisor::awaitMoreEnds(const std::string& wanted, int ends,
                                std::chrono::milliseconds patience) {
-    std::unique_lock lock(mLock);
-    return mChanged.wait_for(lock, patience, [&] {
+    MutexLock lock(mLock);
+    return mChanged.wait_for(lock, patience, [&]() REQUIRES(mLock) {
         int observed = 0;
         for (const auto& [name, child] : mChildren) {
             if (name == wanted && child.observed) observed++;
@@ -179,22 +179,23 @@ bool Supervisor::awaitMoreEnds(const std::string& wanted, int ends,
 }
 
 bool Supervisor::signal(const std::string& name, int signal) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const Child* child = find(name);
     return child != nullptr && child->running && kill(child->pid, signal) == 0;
 }
 
 void Supervisor::stopAll(std::chrono::milliseconds patience) {
-    std::unique_lock lock(mLock);
+    MutexLock lock(mLock);
     mStopping = true;
     for (auto it = mChildren.rbegin(); it != mChildren.rend(); ++it) {
         const Child& child = it->second;
         if (!child.running) continue;
         kill(child.pid, SIGTERM);
         kill(child.pid, SIGCONT);  // a stopped process hears SIGTERM only when it goes on
-        if (mChanged.wait_for(lock, patience, [&] { return child.observed; })) continue;
+        if (mChanged.wait_for(lock, patience, [&]() REQUIRES(mLock) { return child.observed; }))
+            continue;
         kill(child.pid, SIGKILL);
-        mChanged.wait(lock, [&] { return child.observed; });
+        mChanged.wait(lock, [&]() REQUIRES(mLock) { return child.observed; });
     }
 }
 

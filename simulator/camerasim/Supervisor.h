@@ -6,10 +6,8 @@
 #include <sys/types.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <list>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
@@ -17,7 +15,8 @@
 #include <vector>
 
 #include <android-base/result.h>
-#include <android-base/thread_annotations.h>
+
+#include "host/Mutex.h"
 
 namespace orvo::simulator {
 
@@ -95,8 +94,8 @@ class Supervisor {
     const Child* find(const std::string& name) const REQUIRES(mLock);
 
     EndObserver mObserver;  ///< set once, before there is a second thread
-    mutable std::mutex mLock;
-    std::condition_variable mChanged;
+    mutable Mutex mLock;
+    ConditionVariable mChanged;
     /** Every program ever started, in that order; entries are never erased, so addresses stay. */
     std::list<std::pair<std::string, Child>> mChildren GUARDED_BY(mLock);
     bool mStopping GUARDED_BY(mLock) = false;

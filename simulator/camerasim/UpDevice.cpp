@@ -71,7 +71,7 @@ void UpDevice::endPrograms() {
 
 Result<void> UpDevice::startProvider(const std::string& instance) {
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         mPaces[instance].startedAt = Clock::now();
     }
     auto started = mRunning.startProvider(instance);
@@ -94,7 +94,7 @@ Result<void> UpDevice::startService() {
     mProviders.serviceStarts();
     int starts = 0;
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         starts = mServiceStarts++;
         mPaces[kServiceWord].startedAt = Clock::now();
     }
@@ -103,7 +103,7 @@ Result<void> UpDevice::startService() {
     // One that serves some of what it should goes on with that.
     if (!pid) return started ? Error() << "the camera provider service has ended" : started;
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         mServiceReadyAt = Clock::now();
     }
     mTimeline.add("service", RunningDevice::kService,
@@ -162,7 +162,7 @@ void UpDevice::restartLater(const std::string& who) {
     if (mStopping) return;
     std::chrono::seconds delay{0};
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         Pace& pace = mPaces[who];
         const bool quick = Clock::now() - pace.startedAt < kQuick;
         pace.quickEnds = quick ? pace.quickEnds + 1 : 0;

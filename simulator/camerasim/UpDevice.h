@@ -8,13 +8,12 @@
 #include <atomic>
 #include <chrono>
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include <android-base/result.h>
-#include <android-base/thread_annotations.h>
 
+#include "host/Mutex.h"
 #include "simulator/camerasim/RunningDevice.h"
 #include "simulator/camerasim/UpFramework.h"
 #include "simulator/camerasim/UpProviders.h"
@@ -104,7 +103,7 @@ class UpDevice {
     MainThread mMainThread;
     std::atomic<bool> mStopping{false};
     std::atomic<int> mStatus{0};
-    mutable std::mutex mLock;
+    mutable Mutex mLock;
     int mServiceStarts GUARDED_BY(mLock) = 0;
     Clock::time_point mServiceReadyAt GUARDED_BY(mLock);
     /** Key: "service" or an instance; value: when it last began and how often it failed quickly. */

@@ -28,7 +28,7 @@ void UpFramework::attach(const std::string& instance, bool listed) {
     const Client client = std::move(*connected);
     uint64_t generation = 0;
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         generation = mGeneration;
         mAttached[instance].client = client;
     }
@@ -40,7 +40,7 @@ void UpFramework::registerWith(uint64_t generation, const std::string& instance,
                                const Client& client, bool listed) {
     const Answer<bool> answer = client->registerCallback();
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         if (mGeneration != generation) return;
         mAttached[instance].registered = answer.ok();
     }
@@ -54,7 +54,7 @@ void UpFramework::registerWith(uint64_t generation, const std::string& instance,
 
 void UpFramework::addListed(uint64_t generation, const std::string& instance,
                             const std::vector<std::string>& names) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     if (mGeneration != generation) return;
     for (const std::string& name : names) {
         // A report that came meanwhile is newer than the list.
@@ -84,7 +84,7 @@ bool UpFramework::apply(uint64_t generation, const std::string& instance,
     const std::string& name = event.cameraDeviceName;
     const auto* device = std::get_if<StatusEvent::Device>(&event.status);
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         if (mGeneration != generation) return false;
         if (device != nullptr) {
             mCameras.report(instance, name, toString(*device));
@@ -105,7 +105,7 @@ void UpFramework::detachAll() {
     std::map<std::string, Attached> attached;  // both released after the lock
     std::map<std::string, Session> held;
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         mGeneration++;
         attached.swap(mAttached);
         held.swap(mHeld);
@@ -115,32 +115,32 @@ void UpFramework::detachAll() {
 }
 
 std::vector<std::string> UpFramework::instances() const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     std::vector<std::string> names;
     for (const auto& [instance, attached] : mAttached) names.push_back(instance);
     return names;
 }
 
 bool UpFramework::isRegistered(const std::string& instance) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mAttached.find(instance);
     return found != mAttached.end() && found->second.registered;
 }
 
 UpFramework::Client UpFramework::clientOf(const std::string& instance) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mAttached.find(instance);
     return found == mAttached.end() ? nullptr : found->second.client;
 }
 
 void UpFramework::catchUp() {
-    std::unique_lock lock(mLock);
+    MutexLock lock(mLock);
     std::map<std::string, size_t> targets;
     for (const auto& [instance, attached] : mAttached) {
         targets[instance] = attached.client->log().size();
     }
     const uint64_t generation = mGeneration;
-    mApplied.wait_for(lock, std::chrono::seconds(1), [&] {
+    mApplied.wait_for(lock, std::chrono::seconds(1), [&]() REQUIRES(mLock) {
         if (mGeneration != generation) return true;
         for (const auto& [instance, target] : targets) {
             if (mAttached[instance].applied < target) return false;
@@ -150,7 +150,7 @@ void UpFramework::catchUp() {
 }
 
 bool UpFramework::hold(const std::string& camera, const Session& session) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto known = mCameras.find(camera);
     if (!known || known->status != "PRESENT" || mHeld[camera] != nullptr) return false;
     mHeld[camera] = session;
@@ -159,7 +159,7 @@ bool UpFramework::hold(const std::string& camera, const Session& session) {
 }
 
 UpFramework::Session UpFramework::release(const std::string& camera) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mCameras.setOpen(camera, false);
     return std::exchange(mHeld[camera], {});
 }

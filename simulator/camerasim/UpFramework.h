@@ -3,16 +3,13 @@
 
 #pragma once
 
-#include <condition_variable>
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
-
+#include "host/Mutex.h"
 #include "simulator/control/CameraTable.h"
 #include "simulator/control/Timeline.h"
 #include "simulator/framework/FrameworkClient.h"
@@ -73,8 +70,8 @@ class UpFramework {
 
     Timeline& mTimeline;
     CameraTable& mCameras;
-    mutable std::mutex mLock;
-    std::condition_variable mApplied;
+    mutable Mutex mLock;
+    ConditionVariable mApplied;
     uint64_t mGeneration GUARDED_BY(mLock) = 0;                   ///< grows when a service ends
     std::map<std::string, Attached> mAttached GUARDED_BY(mLock);  ///< key: instance
     std::map<std::string, Session> mHeld GUARDED_BY(mLock);       ///< key: framework name

@@ -19,7 +19,7 @@ constexpr uint32_t kOneCallMs = 60000;
 
 void UpProviders::started(const std::string& instance, pid_t pid) {
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         Process& process = mProcesses[instance];
         process.pid = pid;
         process.control = nullptr;
@@ -34,7 +34,7 @@ void UpProviders::ended(const std::string& instance, pid_t pid, const std::strin
     bool wasConnected = false;
     sp<Control> released;  // after the lock
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         Process& process = mProcesses[instance];
         if (process.pid == pid) {
             wasConnected = process.connection.connected;
@@ -49,24 +49,24 @@ void UpProviders::ended(const std::string& instance, pid_t pid, const std::strin
 }
 
 void UpProviders::serviceStarts() {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     for (auto& [instance, process] : mProcesses) process.connection.lostAt.reset();
 }
 
 UpProviders::Connection UpProviders::connectionOf(const std::string& instance) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mProcesses.find(instance);
     return found == mProcesses.end() ? Connection() : found->second.connection;
 }
 
 sp<UpProviders::Control> UpProviders::controlOf(const std::string& instance) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mProcesses.find(instance);
     return found == mProcesses.end() ? nullptr : found->second.control;
 }
 
 bool UpProviders::setControl(const std::string& instance, pid_t pid, const sp<Control>& control) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     Process& process = mProcesses[instance];
     if (process.pid != pid) return false;
     process.control = control;
@@ -76,7 +76,7 @@ bool UpProviders::setControl(const std::string& instance, pid_t pid, const sp<Co
 bool UpProviders::setConnected(const std::string& instance, pid_t pid, bool connected) {
     bool before = false;
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         Process& process = mProcesses[instance];
         if (process.pid != pid) return false;
         before = std::exchange(process.connection.connected, connected);

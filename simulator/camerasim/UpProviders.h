@@ -7,14 +7,12 @@
 
 #include <chrono>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 
-#include <android-base/thread_annotations.h>
-
 #include <vendor/orvo/simulator/1.0/ISimulatedProvider.h>
 
+#include "host/Mutex.h"
 #include "simulator/control/Timeline.h"
 
 namespace orvo::simulator {
@@ -62,7 +60,7 @@ class UpProviders {
     bool setConnected(const std::string& instance, pid_t pid, bool connected);
 
     Timeline& mTimeline;
-    mutable std::mutex mLock;
+    mutable Mutex mLock;
     std::map<std::string, Process> mProcesses GUARDED_BY(mLock);  ///< key: instance
 };
 

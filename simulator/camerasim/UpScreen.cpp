@@ -53,8 +53,8 @@ UpScreen::UpScreen(Timeline& timeline, bool colour)
 
 void UpScreen::finish() {
     (void)eventfd_write(mFinishFd.get(), 1);
-    std::unique_lock lock(mLock);
-    mChanged.wait_for(lock, std::chrono::seconds(1), [this] { return mDone; });
+    MutexLock lock(mLock);
+    mChanged.wait_for(lock, std::chrono::seconds(1), [this]() REQUIRES(mLock) { return mDone; });
 }
 
 void UpScreen::printUntilFinished() {
@@ -71,7 +71,7 @@ void UpScreen::printUntilFinished() {
         }
         fflush(stdout);
     }
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mDone = true;
     mChanged.notify_all();
 }

@@ -3,14 +3,12 @@
 
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
 #include <string>
 #include <thread>
 
-#include <android-base/thread_annotations.h>
 #include <android-base/unique_fd.h>
 
+#include "host/Mutex.h"
 #include "simulator/control/Timeline.h"
 
 namespace orvo::simulator {
@@ -32,8 +30,8 @@ class UpScreen {
     Timeline& mTimeline;
     const bool mColour;
     android::base::unique_fd mFinishFd;  ///< rung by finish()
-    std::mutex mLock;
-    std::condition_variable mChanged;
+    Mutex mLock;
+    ConditionVariable mChanged;
     bool mDone GUARDED_BY(mLock) = false;
 };
 

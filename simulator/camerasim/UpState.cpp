@@ -58,7 +58,7 @@ ServiceState UpDevice::serviceState() const {
     service.pid = pid.value_or(0);
     service.lastEnd = supervisor.historyOf(RunningDevice::kService).lastEnd;
     service.instances = mFramework.instances();
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     service.restarts = mServiceStarts > 0 ? mServiceStarts - 1 : 0;
     return service;
 }
@@ -104,7 +104,7 @@ std::string UpDevice::problemOfProvider(const ProviderState& state) const {
     facts.now = timeOf(Clock::now());
     facts.startedAt = timeOf(connection.startedAt);
     if (connection.lostAt) facts.lostAt = timeOf(*connection.lostAt);
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     facts.serviceReadyAt = timeOf(mServiceReadyAt);
     return problemOf(facts);
 }

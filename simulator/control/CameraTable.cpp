@@ -7,7 +7,7 @@ namespace orvo::simulator {
 
 void CameraTable::report(const std::string& service, const std::string& name,
                          const std::string& status) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     CameraState& camera = mCameras[name];
     camera.name = name;
     camera.service = service;
@@ -22,7 +22,7 @@ void CameraTable::report(const std::string& service, const std::string& name,
 
 void CameraTable::reportTorch(const std::string& service, const std::string& name,
                               const std::string& torch) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     CameraState& camera = mCameras[name];
     camera.name = name;
     camera.service = service;
@@ -30,32 +30,32 @@ void CameraTable::reportTorch(const std::string& service, const std::string& nam
 }
 
 void CameraTable::setOpen(const std::string& name, bool open) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mCameras.find(name);
     if (found != mCameras.end()) found->second.open = open;
 }
 
 void CameraTable::clear() {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mCameras.clear();
 }
 
 std::vector<CameraState> CameraTable::cameras() const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     std::vector<CameraState> all;
     for (const auto& [name, camera] : mCameras) all.push_back(camera);
     return all;
 }
 
 std::optional<CameraState> CameraTable::find(const std::string& name) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mCameras.find(name);
     if (found == mCameras.end()) return std::nullopt;
     return found->second;
 }
 
 std::set<std::string> CameraTable::everReported() const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     return mEverReported;
 }
 

@@ -4,14 +4,12 @@
 #pragma once
 
 #include <map>
-#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
-
+#include "host/Mutex.h"
 #include "simulator/control/DeviceState.h"
 
 namespace orvo::simulator {
@@ -35,7 +33,7 @@ class CameraTable {
     std::set<std::string> everReported() const;
 
   private:
-    mutable std::mutex mLock;
+    mutable Mutex mLock;
     std::map<std::string, CameraState> mCameras GUARDED_BY(mLock);  ///< key: framework name
     std::set<std::string> mEverReported GUARDED_BY(mLock);
 };

@@ -96,9 +96,9 @@ ControlServer::ControlServer(unique_fd socket, Handler handler)
 ControlServer::~ControlServer() {
     shutdown(mSocket.get(), SHUT_RDWR);
     if (mAcceptor.joinable()) mAcceptor.join();
-    std::unique_lock lock(mLock);
+    MutexLock lock(mLock);
     for (const int connection : mConnections) shutdown(connection, SHUT_RDWR);
-    mChanged.wait(lock, [&] { return mConnections.empty(); });
+    mChanged.wait(lock, [&]() REQUIRES(mLock) { return mConnections.empty(); });
 }
 
 void ControlServer::serve() {
@@ -111,11 +111,11 @@ void ControlServer::acceptUntilClosed() {
         if (connection < 0 && errno == EINVAL) return;  // shut down
         if (connection < 0) {
             // Out of descriptors, most likely: one that is given back helps, waiting does too.
-            std::unique_lock lock(mLock);
+            MutexLock lock(mLock);
             mChanged.wait_for(lock, std::chrono::milliseconds(100));
             continue;
         }
-        std::unique_lock lock(mLock);
+        MutexLock lock(mLock);
         mConnections.insert(connection);
         const bool tooMany = mConnections.size() > kMostConnections;
         lock.unlock();
@@ -141,7 +141,7 @@ void ControlServer::answer(int connection) {
 
 void ControlServer::finish(int connection) {
     // Under the lock to its end: after it the server may be gone.
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mConnections.erase(connection);
     close(connection);
     mChanged.notify_all();

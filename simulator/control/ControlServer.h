@@ -3,18 +3,16 @@
 
 #pragma once
 
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <set>
 #include <string>
 #include <thread>
 
 #include <android-base/result.h>
-#include <android-base/thread_annotations.h>
 #include <android-base/unique_fd.h>
 #include <nlohmann/json_fwd.hpp>
 
+#include "host/Mutex.h"
 #include "simulator/control/DeviceState.h"
 
 namespace orvo::simulator {
@@ -67,8 +65,8 @@ class ControlServer {
 
     const android::base::unique_fd mSocket;
     const Handler mHandler;
-    std::mutex mLock;
-    std::condition_variable mChanged;
+    Mutex mLock;
+    ConditionVariable mChanged;
     std::set<int> mConnections GUARDED_BY(mLock);
     std::thread mAcceptor;
 };

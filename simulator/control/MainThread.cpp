@@ -10,29 +10,30 @@ namespace orvo::simulator {
 
 void MainThread::post(Work work, std::chrono::milliseconds delay) {
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         if (!mStopped) mWork.emplace(Clock::now() + delay, std::move(work));
     }
     mChanged.notify_all();
 }
 
 bool MainThread::perform(Work work) {
-    const auto finished = std::make_shared<bool>(false);  // under mLock
+    const auto finished =
+            std::make_shared<bool>(false);  // under mLock, which a local one cannot say
     post([this, finished, work = std::move(work)] {
         work();
         {
-            std::lock_guard lock(mLock);
+            MutexLock lock(mLock);
             *finished = true;
         }
         mChanged.notify_all();
     });
-    std::unique_lock lock(mLock);
-    mChanged.wait(lock, [&] { return *finished || mStopped; });
+    MutexLock lock(mLock);
+    mChanged.wait(lock, [&]() REQUIRES(mLock) { return *finished || mStopped; });
     return *finished;
 }
 
 void MainThread::run() {
-    std::unique_lock lock(mLock);
+    MutexLock lock(mLock);
     while (!mStopped) {
         if (mWork.empty()) {
             mChanged.wait(lock);
@@ -55,7 +56,7 @@ void MainThread::run() {
 
 void MainThread::stop() {
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         mStopped = true;
         mWork.clear();
     }

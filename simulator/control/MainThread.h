@@ -4,12 +4,10 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <map>
-#include <mutex>
 
-#include <android-base/thread_annotations.h>
+#include "host/Mutex.h"
 
 namespace orvo::simulator {
 
@@ -35,8 +33,8 @@ class MainThread {
   private:
     using Clock = std::chrono::steady_clock;
 
-    std::mutex mLock;
-    std::condition_variable mChanged;
+    Mutex mLock;
+    ConditionVariable mChanged;
     std::multimap<Clock::time_point, Work> mWork GUARDED_BY(mLock);  ///< key: not before
     bool mStopped GUARDED_BY(mLock) = false;
 };

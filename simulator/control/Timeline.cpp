@@ -31,7 +31,7 @@ std::string timeOfDay() {
 Timeline::Timeline(size_t kept) : mKept(kept) {}
 
 void Timeline::add(const std::string& kind, const std::string& who, const std::string& what) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     // Taken under the lock, so that the times are in the order of the numbers.
     mEvents.push_back({mNext++, timeOfDay(), secondsSinceStart(), kind, who, what});
     if (mEvents.size() > mKept) mEvents.pop_front();
@@ -40,7 +40,7 @@ void Timeline::add(const std::string& kind, const std::string& who, const std::s
 }
 
 std::vector<TimelineEvent> Timeline::events(int64_t from) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     std::vector<TimelineEvent> found;
     const int64_t first = mNext - static_cast<int64_t>(mEvents.size());
     for (int64_t number = from < first ? first : from; number < mNext; number++) {
@@ -50,7 +50,7 @@ std::vector<TimelineEvent> Timeline::events(int64_t from) const {
 }
 
 int64_t Timeline::next() const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     return mNext;
 }
 
@@ -60,12 +60,12 @@ double Timeline::secondsSinceStart() const {
 
 Timeline::Bell::Bell(Timeline& timeline)
     : mTimeline(timeline), mFd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
-    std::lock_guard lock(mTimeline.mLock);
+    MutexLock lock(mTimeline.mLock);
     if (mFd.ok()) mTimeline.mBells.insert(mFd.get());
 }
 
 Timeline::Bell::~Bell() {
-    std::lock_guard lock(mTimeline.mLock);
+    MutexLock lock(mTimeline.mLock);
     mTimeline.mBells.erase(mFd.get());
 }
 

@@ -7,14 +7,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
 #include <android-base/unique_fd.h>
 
+#include "host/Mutex.h"
 #include "simulator/control/DeviceState.h"
 
 namespace orvo::simulator {
@@ -64,7 +63,7 @@ class Timeline {
   private:
     const size_t mKept;
     const std::chrono::steady_clock::time_point mStart = std::chrono::steady_clock::now();
-    mutable std::mutex mLock;
+    mutable Mutex mLock;
     std::deque<TimelineEvent> mEvents GUARDED_BY(mLock);
     int64_t mNext GUARDED_BY(mLock) = 1;
     std::set<int> mBells GUARDED_BY(mLock);  ///< descriptors to ring

@@ -31,19 +31,19 @@ Return<void> StatusLog::torchModeStatusChange(const hidl_string& name, StatusEve
 
 void StatusLog::add(StatusEvent event) {
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         mEvents.push_back(std::move(event));
     }
     mChanged.notify_all();
 }
 
 size_t StatusLog::size() const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     return mEvents.size();
 }
 
 std::vector<StatusEvent> StatusLog::events(size_t from) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     if (from >= mEvents.size()) return {};
     return {mEvents.begin() + from, mEvents.end()};
 }
@@ -52,27 +52,27 @@ std::optional<StatusEvent> StatusLog::waitFor(const Predicate& predicate,
                                               std::chrono::milliseconds timeout,
                                               size_t from) const {
     const auto deadline = std::chrono::steady_clock::now() + timeout;
-    std::unique_lock lock(mLock);
+    MutexLock lock(mLock);
     size_t next = from;
     for (;;) {
         for (; next < mEvents.size(); next++) {
             if (predicate(mEvents[next])) return mEvents[next];
         }
-        const auto more = [&] { return mClosed || mEvents.size() > next; };
+        const auto more = [&]() REQUIRES(mLock) { return mClosed || mEvents.size() > next; };
         if (mClosed || !mChanged.wait_until(lock, deadline, more)) return std::nullopt;
     }
 }
 
 void StatusLog::close() {
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         mClosed = true;
     }
     mChanged.notify_all();
 }
 
 bool StatusLog::isClosed() const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     return mClosed;
 }
 

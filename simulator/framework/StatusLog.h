@@ -4,17 +4,15 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <variant>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
-
 #include <android/hardware/camera/provider/2.4/ICameraProviderCallback.h>
+
+#include "host/Mutex.h"
 
 namespace orvo::simulator {
 
@@ -64,8 +62,8 @@ class StatusLog : public android::hardware::camera::provider::V2_4::ICameraProvi
   private:
     void add(StatusEvent event);
 
-    mutable std::mutex mLock;
-    mutable std::condition_variable mChanged;
+    mutable Mutex mLock;
+    mutable ConditionVariable mChanged;
     std::vector<StatusEvent> mEvents GUARDED_BY(mLock);
     bool mClosed GUARDED_BY(mLock) = false;
 };

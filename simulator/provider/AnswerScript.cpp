@@ -11,7 +11,7 @@ bool AnswerScript::answerWith(Operation operation, ScriptedAnswer answer) {
     const auto index = static_cast<size_t>(operation);
     // Both come from another process, which can send any number.
     if (index >= kOperations || answer.status > Status::INTERNAL_ERROR) return false;
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mSlots[index].answer = answer;
     return true;
 }
@@ -19,20 +19,20 @@ bool AnswerScript::answerWith(Operation operation, ScriptedAnswer answer) {
 bool AnswerScript::answerNormally(Operation operation) {
     const auto index = static_cast<size_t>(operation);
     if (index >= kOperations) return false;
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mSlots[index].answer.reset();
     return true;
 }
 
 std::optional<ScriptedAnswer> AnswerScript::onCall(Operation operation) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     Slot& slot = mSlots[static_cast<size_t>(operation)];
     slot.calls++;
     return slot.answer;
 }
 
 std::vector<AnswerScript::OperationState> AnswerScript::state() const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     std::vector<OperationState> states;
     for (size_t i = 0; i < kOperations; i++) {
         OperationState state{};

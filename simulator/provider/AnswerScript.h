@@ -5,15 +5,14 @@
 
 #include <array>
 #include <cstdint>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
-
 #include <vendor/orvo/simulator/1.0/types.h>
+
+#include "host/Mutex.h"
 
 namespace orvo::simulator {
 
@@ -46,7 +45,7 @@ class AnswerScript {
         std::optional<ScriptedAnswer> answer;
     };
 
-    mutable std::mutex mLock;
+    mutable Mutex mLock;
     std::array<Slot, kOperations> mSlots GUARDED_BY(mLock);  ///< indexed by the operation
 };
 

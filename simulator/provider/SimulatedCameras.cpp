@@ -19,7 +19,7 @@ constexpr uint32_t kFullCost = 100;
 
 SimulatedCameras::SimulatedCameras(ProviderDescription description)
     : mDescription(std::move(description)) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     for (const CameraDescription& camera : mDescription.cameras) {
         Camera state{};
         state.description = &camera;
@@ -32,7 +32,7 @@ SimulatedCameras::SimulatedCameras(ProviderDescription description)
 }
 
 std::vector<SimulatedCameras::DeviceState> SimulatedCameras::state() const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     std::vector<DeviceState> states;
     for (const auto& [name, camera] : mCameras) {
         DeviceState state;
@@ -60,7 +60,7 @@ Outcome SimulatedCameras::setDeviceStatus(const std::string& name, CameraDeviceS
     if (status > CameraDeviceStatus::ENUMERATING) {
         return {Result::ILLEGAL_ARGUMENT, "there is no such camera device status"};
     }
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mCameras.find(name);
     if (found == mCameras.end()) return unknown(name);
     Camera& camera = found->second;
@@ -85,7 +85,7 @@ Outcome SimulatedCameras::setTorchStatus(const std::string& name, TorchModeStatu
     if (status > TorchModeStatus::AVAILABLE_ON) {
         return {Result::ILLEGAL_ARGUMENT, "there is no such torch status"};
     }
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mCameras.find(name);
     if (found == mCameras.end()) return unknown(name);
     Camera& camera = found->second;
@@ -110,7 +110,7 @@ bool SimulatedCameras::replaceListener(const android::sp<StatusReporter::Listene
     android::sp<StatusReporter::Link> before;
     {
         // Both under the lock, so that no change falls between the list and the reports after it.
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         before = mReporter.replaceListener(link, initialReports());
     }
     StatusReporter::unlink(before);
@@ -144,7 +144,7 @@ std::vector<std::string> SimulatedCameras::builtInNames() const {
 
 SimulatedCameras::Status SimulatedCameras::find(const std::string& name, int majorVersion,
                                                 uint64_t* plug) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mCameras.find(name);
     if (found == mCameras.end() || found->second.status == CameraDeviceStatus::NOT_PRESENT) {
         return Status::ILLEGAL_ARGUMENT;
@@ -164,7 +164,7 @@ SimulatedCameras::Camera* SimulatedCameras::pluggedCamera(const std::string& nam
 
 SimulatedCameras::Status SimulatedCameras::checkPlugged(const std::string& name,
                                                         uint64_t plug) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const auto found = mCameras.find(name);
     const bool same = found != mCameras.end() && found->second.plug == plug;
     return same ? Status::OK : Status::CAMERA_DISCONNECTED;
@@ -172,7 +172,7 @@ SimulatedCameras::Status SimulatedCameras::checkPlugged(const std::string& name,
 
 SimulatedCameras::Status SimulatedCameras::setTorchMode(const std::string& name, uint64_t plug,
                                                         bool on) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     Camera* camera = pluggedCamera(name, plug);
     if (camera == nullptr) return Status::CAMERA_DISCONNECTED;
     if (!mDescription.torchSupported) return Status::METHOD_NOT_SUPPORTED;
@@ -199,7 +199,7 @@ bool SimulatedCameras::fitsBesideOpenCameras(const CameraDescription& candidate)
 }
 
 SimulatedCameras::Status SimulatedCameras::open(const std::string& name, uint64_t plug) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     Camera* camera = pluggedCamera(name, plug);
     if (camera == nullptr) return Status::CAMERA_DISCONNECTED;
     if (camera->open || camera->status == CameraDeviceStatus::ENUMERATING) {
@@ -213,7 +213,7 @@ SimulatedCameras::Status SimulatedCameras::open(const std::string& name, uint64_
 }
 
 void SimulatedCameras::close(const std::string& name, uint64_t plug) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     Camera* camera = pluggedCamera(name, plug);
     if (camera == nullptr || !camera->open) return;
     camera->open = false;
@@ -226,7 +226,7 @@ const CameraDescription& SimulatedCameras::describe(const std::string& name) con
 }
 
 std::string SimulatedCameras::dump(const std::string& name) const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     const Camera& camera = mCameras.at(name);
     return name + " of " + mDescription.instance + "\n  status: " + toString(camera.status) +
            "\n  torch: " + toString(camera.torch) + "\n  open: " + (camera.open ? "yes" : "no") +

@@ -5,15 +5,13 @@
 
 #include <cstdint>
 #include <map>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
-
 #include <vendor/orvo/simulator/1.0/types.h>
 
+#include "host/Mutex.h"
 #include "simulator/description/ProviderDescription.h"
 #include "simulator/provider/AnswerScript.h"
 #include "simulator/provider/StatusReporter.h"
@@ -94,7 +92,7 @@ class SimulatedCameras {
     const ProviderDescription mDescription;
     AnswerScript mScript;
     StatusReporter mReporter;
-    mutable std::mutex mLock;
+    mutable Mutex mLock;
     std::map<std::string, Camera> mCameras GUARDED_BY(mLock);  ///< key: camera device name
 };
 

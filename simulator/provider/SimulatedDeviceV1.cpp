@@ -43,7 +43,7 @@ SimulatedDeviceV1::~SimulatedDeviceV1() {
 
 SimulatedDeviceV1::Status SimulatedDeviceV1::whileOpen(Status status) const {
     if (mCameras->checkPlugged(mName, mPlug) != Status::OK) return Status::INTERNAL_ERROR;
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     return mOpen ? status : Status::INTERNAL_ERROR;
 }
 
@@ -82,7 +82,7 @@ Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::open(const sp<Callback>& ca
     if (callback == nullptr) return scripted ? scripted->status : Status::ILLEGAL_ARGUMENT;
     const Status status = mCameras->open(mName, mPlug);
     if (status == Status::OK) {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         mOpen = true;
         mMessageTypes = 0;
     }
@@ -94,19 +94,19 @@ Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::setPreviewWindow(const sp<P
 }
 
 Return<void> SimulatedDeviceV1::enableMsgType(uint32_t msgType) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mMessageTypes |= msgType;
     return Void();
 }
 
 Return<void> SimulatedDeviceV1::disableMsgType(uint32_t msgType) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mMessageTypes &= ~msgType;
     return Void();
 }
 
 Return<bool> SimulatedDeviceV1::msgTypeEnabled(uint32_t msgType) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     return (mMessageTypes & msgType) != 0;
 }
 
@@ -172,7 +172,7 @@ Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::cancelPicture() {
 Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::setParameters(const hidl_string& params) {
     const Status status = whileOpen(Status::OK);
     if (status != Status::OK) return status;
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mParameters = params;
     return Status::OK;
 }
@@ -180,7 +180,7 @@ Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::setParameters(const hidl_st
 Return<void> SimulatedDeviceV1::getParameters(getParameters_cb _hidl_cb) {
     std::string parameters;
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         parameters = mParameters;
     }
     _hidl_cb(parameters);
@@ -193,7 +193,7 @@ Return<SimulatedDeviceV1::Status> SimulatedDeviceV1::sendCommand(CommandType, in
 
 Return<void> SimulatedDeviceV1::close() {
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         if (!mOpen) return Void();
         mOpen = false;
     }

@@ -4,11 +4,11 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include <android/hardware/camera/device/1.0/ICameraDevice.h>
 
+#include "host/Mutex.h"
 #include "simulator/provider/DeviceAnswers.h"
 #include "simulator/provider/SimulatedCameras.h"
 
@@ -74,7 +74,7 @@ class SimulatedDeviceV1 : public android::hardware::camera::device::V1_0::ICamer
     const std::shared_ptr<SimulatedCameras> mCameras;
     const std::string mName;
     const uint64_t mPlug;
-    mutable std::mutex mLock;
+    mutable Mutex mLock;
     bool mOpen GUARDED_BY(mLock) = false;
     uint32_t mMessageTypes GUARDED_BY(mLock) = 0;
     std::string mParameters GUARDED_BY(mLock);

@@ -78,7 +78,7 @@ SimulatedSession::~SimulatedSession() {
 
 SimulatedSession::Status SimulatedSession::unlessClosed(Status status) const {
     if (mCameras->checkPlugged(mName, mPlug) != Status::OK) return Status::INTERNAL_ERROR;
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     return mClosed ? Status::INTERNAL_ERROR : status;
 }
 
@@ -122,7 +122,7 @@ Return<SimulatedSession::Status> SimulatedSession::flush() {
 
 Return<void> SimulatedSession::close() {
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         if (mClosed) return Void();
         mClosed = true;
     }

@@ -4,12 +4,12 @@
 #pragma once
 
 #include <memory>
-#include <mutex>
 #include <string>
 
 #include <android/hardware/camera/device/3.2/ICameraDevice.h>
 #include <android/hardware/camera/device/3.2/ICameraDeviceSession.h>
 
+#include "host/Mutex.h"
 #include "simulator/provider/DeviceAnswers.h"
 #include "simulator/provider/SimulatedCameras.h"
 
@@ -78,7 +78,7 @@ class SimulatedSession : public android::hardware::camera::device::V3_2::ICamera
     const std::shared_ptr<SimulatedCameras> mCameras;
     const std::string mName;
     const uint64_t mPlug;
-    mutable std::mutex mLock;
+    mutable Mutex mLock;
     bool mClosed GUARDED_BY(mLock) = false;
 };
 

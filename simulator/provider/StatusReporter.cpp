@@ -21,12 +21,12 @@ StatusReporter::Link::Link(StatusReporter* reporter, const sp<Listener>& listene
     : listener(listener), mReporter(reporter) {}
 
 void StatusReporter::Link::serviceDied(uint64_t, const wp<android::hidl::base::V1_0::IBase>&) {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     if (mReporter != nullptr) mReporter->drop(this);
 }
 
 void StatusReporter::Link::detach() {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     mReporter = nullptr;
 }
 
@@ -35,7 +35,7 @@ StatusReporter::StatusReporter() : mThread([this] { deliverUntilStopped(); }) {}
 StatusReporter::~StatusReporter() {
     sp<Link> link;
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         mStopped = true;
         link = std::exchange(mLink, nullptr);
     }
@@ -54,7 +54,7 @@ sp<StatusReporter::Link> StatusReporter::replaceListener(const sp<Link>& link,
                                                          std::vector<StatusReport> initial) {
     sp<Link> before;
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         before = std::exchange(mLink, link);
         mListenerChanges++;
         mDone += mQueue.size();
@@ -74,7 +74,7 @@ void StatusReporter::unlink(const sp<Link>& link) {
 
 void StatusReporter::report(StatusReport report) {
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         if (mLink == nullptr) return;
         mQueue.push_back(std::move(report));
         mAccepted++;
@@ -83,27 +83,28 @@ void StatusReporter::report(StatusReport report) {
 }
 
 bool StatusReporter::settle(std::chrono::milliseconds timeout) {
-    std::unique_lock lock(mLock);
+    MutexLock lock(mLock);
     const uint64_t target = mAccepted;
-    return mChanged.wait_for(lock, timeout, [&] { return mDone >= target; });
+    return mChanged.wait_for(lock, timeout, [&]() REQUIRES(mLock) { return mDone >= target; });
 }
 
 bool StatusReporter::hasListener() const {
-    std::lock_guard lock(mLock);
+    MutexLock lock(mLock);
     return mLink != nullptr;
 }
 
 StatusReporter::ListenerChanges StatusReporter::awaitListener(uint64_t count,
                                                               std::chrono::milliseconds timeout) {
-    std::unique_lock lock(mLock);
-    mChanged.wait_for(lock, timeout, [&] { return mStopped || mListenerChanges > count; });
+    MutexLock lock(mLock);
+    mChanged.wait_for(lock, timeout,
+                      [&]() REQUIRES(mLock) { return mStopped || mListenerChanges > count; });
     return {mListenerChanges, mLink != nullptr};
 }
 
 void StatusReporter::deliverUntilStopped() {
-    std::unique_lock lock(mLock);
+    MutexLock lock(mLock);
     for (;;) {
-        mChanged.wait(lock, [&] { return mStopped || !mQueue.empty(); });
+        mChanged.wait(lock, [&]() REQUIRES(mLock) { return mStopped || !mQueue.empty(); });
         if (mStopped) return;
         const StatusReport report = std::move(mQueue.front());
         mQueue.pop_front();
@@ -137,7 +138,7 @@ void StatusReporter::deliver(const sp<Listener>& listener, const StatusReport& r
 void StatusReporter::drop(const Link* link) {
     sp<Link> dropped;  // released after the lock: the listener's destructor may run here
     {
-        std::lock_guard lock(mLock);
+        MutexLock lock(mLock);
         if (mLink == nullptr || mLink.get() != link) return;
         ALOGI("The listener is gone; nobody is told of changes until a new one registers");
         dropped = std::exchange(mLink, nullptr);

@@ -4,18 +4,16 @@
 #pragma once
 
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <deque>
-#include <mutex>
 #include <string>
 #include <thread>
 #include <variant>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
-
 #include <android/hardware/camera/provider/2.4/ICameraProviderCallback.h>
+
+#include "host/Mutex.h"
 
 namespace orvo::simulator {
 
@@ -56,7 +54,7 @@ class StatusReporter {
         const android::sp<Listener> listener;
 
       private:
-        std::mutex mLock;  ///< taken before the reporter's
+        Mutex mLock;  ///< taken before the reporter's
         StatusReporter* mReporter GUARDED_BY(mLock);
     };
 
@@ -98,8 +96,8 @@ class StatusReporter {
     /** Forgets the listener if this is still the current link. */
     void drop(const Link* link);
 
-    mutable std::mutex mLock;
-    std::condition_variable mChanged;
+    mutable Mutex mLock;
+    ConditionVariable mChanged;
     android::sp<Link> mLink GUARDED_BY(mLock);  ///< null while there is no listener
     std::deque<StatusReport> mQueue GUARDED_BY(mLock);
     uint64_t mAccepted GUARDED_BY(mLock) = 0;  ///< reports ever put into the queue

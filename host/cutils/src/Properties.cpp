@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <mutex>
 #include <set>
 #include <string>
 #include <string_view>
@@ -18,6 +17,7 @@
 
 #include "PropertyRules.h"
 #include "PropertyStore.h"
+#include "host/Mutex.h"
 
 using orvo::PropertyStore;
 
@@ -39,10 +39,10 @@ int copyValue(std::string_view text, char* value) {
 
 /** One line for each different reason, however often it is met. */
 void logOnce(const std::string& error) {
-    static std::mutex mutex;
-    static auto* const logged = new std::set<std::string>;
+    static orvo::Mutex mutex;
+    static auto* const logged PT_GUARDED_BY(mutex) = new std::set<std::string>;
     {
-        std::lock_guard<std::mutex> lock(mutex);
+        orvo::MutexLock lock(mutex);
         if (!logged->insert(error).second) return;
     }
     __android_log_write(ANDROID_LOG_ERROR, kLogTag, error.c_str());

@@ -8,10 +8,10 @@
 #include <unistd.h>
 
 #include <map>
-#include <mutex>
 
-#include <android-base/thread_annotations.h>
 #include <lmdb.h>
+
+#include "host/Mutex.h"
 
 namespace orvo {
 
@@ -82,12 +82,17 @@ std::string toString(const MDB_val& value) {
 
 /** The stores that this process has opened. */
 struct OpenedStores {
-    std::mutex mutex;
+    Mutex mutex;
     /** Path of the environment file -> the store in it. */
     std::map<std::string, std::unique_ptr<PropertyStore>> byPath GUARDED_BY(mutex);
     /** Stores that were opened before this process was forked off; unusable, and never closed
      *  because closing would disturb the parent's. */
     std::vector<std::unique_ptr<PropertyStore>> ofParent GUARDED_BY(mutex);
+
+    void abandon() REQUIRES(mutex) {
+        for (auto& [path, store] : byPath) ofParent.push_back(std::move(store));
+        byPath.clear();
+    }
 };
 
 OpenedStores& openedStores() {
@@ -95,19 +100,14 @@ OpenedStores& openedStores() {
     return *stores;
 }
 
-void holdForFork() {
-    openedStores().mutex.lock();
-}
-
-void releaseInParent() {
-    openedStores().mutex.unlock();
-}
-
-void abandonInChild() {
-    OpenedStores& stores = openedStores();
-    for (auto& [path, store] : stores.byPath) stores.ofParent.push_back(std::move(store));
-    stores.byPath.clear();
-    stores.mutex.unlock();
+/** Takes the lock before a fork and gives it back on both sides; the compiler follows no fork. */
+int handleForks() {
+    return pthread_atfork([]() NO_THREAD_SAFETY_ANALYSIS { openedStores().mutex.lock(); },
+                          []() NO_THREAD_SAFETY_ANALYSIS { openedStores().mutex.unlock(); },
+                          []() NO_THREAD_SAFETY_ANALYSIS {
+                              openedStores().abandon();
+                              openedStores().mutex.unlock();
+                          });
 }
 
 int openEnvironment(MDB_env* environment, const char* path, MDB_dbi* table) {
@@ -160,11 +160,11 @@ PropertyStore* PropertyStore::ofThisDevice(std::string* error) {
         return nullptr;
     }
     OpenedStores& stores = openedStores();
-    static const int forkHandlers = pthread_atfork(holdForFork, releaseInParent, abandonInChild);
+    static const int forkHandlers = handleForks();
     static_cast<void>(forkHandlers);  // fails only for want of memory
 
     const std::string path = std::string(directory) + kFileName;
-    std::lock_guard<std::mutex> lock(stores.mutex);
+    MutexLock lock(stores.mutex);
     std::unique_ptr<PropertyStore>& store = stores.byPath[path];
     if (store == nullptr) store = open(path, error);
     return store.get();

@@ -3,10 +3,11 @@
 
 #include <hidl/HidlLazyUtils.h>
 
-#include <mutex>
 #include <vector>
 
 #include <hidl/ServiceManagement.h>
+
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -18,13 +19,13 @@ namespace details {
 class LazyServiceRegistrarImpl {
   public:
     void keep(const sp<IBase>& service) {
-        std::lock_guard<std::mutex> lock(mMutex);
+        orvo::MutexLock lock(mMutex);
         mServices.push_back(service);
     }
 
   private:
-    std::mutex mMutex;
-    std::vector<sp<IBase>> mServices;  // guarded by mMutex
+    orvo::Mutex mMutex;
+    std::vector<sp<IBase>> mServices GUARDED_BY(mMutex);
 };
 
 }  // namespace details

@@ -9,8 +9,6 @@
 #include <string.h>
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 
 #include <android/hidl/manager/1.2/BnHwServiceManager.h>
 #include <android/hidl/manager/1.2/BpHwServiceManager.h>
@@ -22,6 +20,7 @@
 
 #include "PassthroughLookup.h"
 #include "PassthroughServiceManager.h"
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -37,8 +36,8 @@ namespace {
 
 /** The one object for the service manager that this process gives out. */
 struct CachedServiceManager {
-    std::mutex mutex;
-    sp<IServiceManager1_2> manager;  // guarded by mutex; null until one was reached
+    orvo::Mutex mutex;
+    sp<IServiceManager1_2> manager GUARDED_BY(mutex);  ///< null until one was reached
 };
 
 CachedServiceManager& cachedServiceManager() {
@@ -47,8 +46,9 @@ CachedServiceManager& cachedServiceManager() {
 }
 
 sp<IServiceManager1_2> cached() {
-    std::lock_guard<std::mutex> lock(cachedServiceManager().mutex);
-    return cachedServiceManager().manager;
+    CachedServiceManager& cache = cachedServiceManager();
+    orvo::MutexLock lock(cache.mutex);
+    return cache.manager;
 }
 
 }  // namespace
@@ -66,7 +66,7 @@ sp<IServiceManager1_2> defaultServiceManager1_2() {
 
     // Of several threads that came this far the first decides.
     CachedServiceManager& cache = cachedServiceManager();
-    std::lock_guard<std::mutex> lock(cache.mutex);
+    orvo::MutexLock lock(cache.mutex);
     if (cache.manager == nullptr) cache.manager = found;
     return cache.manager;
 }
@@ -135,21 +135,21 @@ sp<IBase> getFromLibrary(const std::string& descriptor, const std::string& insta
 class RegistrationWaiter : public IServiceNotification {
   public:
     Return<void> onRegistration(const hidl_string&, const hidl_string&, bool) override {
-        std::lock_guard<std::mutex> lock(mMutex);
+        orvo::MutexLock lock(mMutex);
         mRegistered = true;
         mChanged.notify_all();
         return Void();
     }
 
     bool waitFor(std::chrono::seconds time) {
-        std::unique_lock<std::mutex> lock(mMutex);
-        return mChanged.wait_for(lock, time, [this] { return mRegistered; });
+        orvo::MutexLock lock(mMutex);
+        return mChanged.wait_for(lock, time, [this]() REQUIRES(mMutex) { return mRegistered; });
     }
 
   private:
-    std::mutex mMutex;
-    std::condition_variable mChanged;
-    bool mRegistered = false;  // guarded by mMutex
+    orvo::Mutex mMutex;
+    orvo::ConditionVariable mChanged;
+    bool mRegistered GUARDED_BY(mMutex) = false;
 };
 
 }  // namespace

@@ -3,36 +3,35 @@
 
 #include <hidl/TaskRunner.h>
 
-#include <condition_variable>
 #include <deque>
-#include <mutex>
 #include <thread>
 #include <utility>
 
 #include <utils/AndroidThreads.h>
+
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
 namespace details {
 
 struct TaskRunner::Queue {
-    std::mutex mutex;
+    orvo::Mutex mutex;
     /** Tells the thread of a new task or of the end. */
-    std::condition_variable changed;
-    // The rest is guarded by the mutex.
-    std::deque<Task> waiting;
-    size_t limit = 0;
-    bool hasThread = false;
+    orvo::ConditionVariable changed;
+    std::deque<Task> waiting GUARDED_BY(mutex);
+    size_t limit GUARDED_BY(mutex) = 0;
+    bool hasThread GUARDED_BY(mutex) = false;
     /** The runner is gone: the thread ends when nothing waits any more. */
-    bool closed = false;
+    bool closed GUARDED_BY(mutex) = false;
 
     void run();
 };
 
 void TaskRunner::Queue::run() {
-    std::unique_lock<std::mutex> lock(mutex);
+    orvo::MutexLock lock(mutex);
     for (;;) {
-        changed.wait(lock, [this] { return closed || !waiting.empty(); });
+        changed.wait(lock, [this]() REQUIRES(mutex) { return closed || !waiting.empty(); });
         if (waiting.empty()) return;
         Task task = std::move(waiting.front());
         waiting.pop_front();
@@ -47,19 +46,19 @@ void TaskRunner::Queue::run() {
 TaskRunner::TaskRunner() : mQueue(std::make_shared<Queue>()) {}
 
 TaskRunner::~TaskRunner() {
-    std::lock_guard<std::mutex> lock(mQueue->mutex);
+    orvo::MutexLock lock(mQueue->mutex);
     mQueue->closed = true;
     mQueue->changed.notify_one();
 }
 
 void TaskRunner::start(size_t limit) {
-    std::lock_guard<std::mutex> lock(mQueue->mutex);
+    orvo::MutexLock lock(mQueue->mutex);
     mQueue->limit = limit;
 }
 
 bool TaskRunner::push(const Task& task) {
     if (task == nullptr) return false;
-    std::lock_guard<std::mutex> lock(mQueue->mutex);
+    orvo::MutexLock lock(mQueue->mutex);
     if (mQueue->waiting.size() >= mQueue->limit) return false;
     mQueue->waiting.push_back(task);
     mQueue->changed.notify_one();

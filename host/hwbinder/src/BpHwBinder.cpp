@@ -5,16 +5,15 @@
 
 #include <hwbinder/BpHwBinder.h>
 
-#include <mutex>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
 #include <hwbinder/Parcel.h>
 #include <hwbinder/ProcessState.h>
 #include <log/log.h>
 
 #include "Endpoint.h"
 #include "ParcelContents.h"
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -43,16 +42,18 @@ struct BpHwBinder::DeathLinks {
         sp<DeathRecipient> recipient;
         void* cookie;
     };
-    std::mutex mutex;
+
+    explicit DeathLinks(bool isDead) : obituarySent(isDead) {}
+
+    orvo::Mutex mutex;
     std::vector<Link> links GUARDED_BY(mutex);
-    bool obituarySent GUARDED_BY(mutex) = false;
+    bool obituarySent GUARDED_BY(mutex);
 };
 
 BpHwBinder::BpHwBinder(std::shared_ptr<transport::RemoteObject> object)
-    : mObject(std::move(object)), mLinks(std::make_unique<DeathLinks>()) {
-    // A reference to an object that was gone when it arrived: there is no death left to hear of.
-    if (mObject->peer == nullptr) mLinks->obituarySent = true;
-}
+    : mObject(std::move(object)),
+      // Of an object that was gone when the reference arrived there is no death left to hear of.
+      mLinks(std::make_unique<DeathLinks>(mObject->peer == nullptr)) {}
 
 BpHwBinder::~BpHwBinder() = default;
 
@@ -83,7 +84,7 @@ status_t BpHwBinder::transact(uint32_t code, const Parcel& data, Parcel* reply, 
 status_t BpHwBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cookie,
                                  uint32_t /*flags*/) {
     if (recipient == nullptr) return BAD_VALUE;
-    std::lock_guard<std::mutex> lock(mLinks->mutex);
+    orvo::MutexLock lock(mLinks->mutex);
     if (mLinks->obituarySent) return DEAD_OBJECT;
     mLinks->links.push_back({recipient, cookie});
     return OK;
@@ -92,7 +93,7 @@ status_t BpHwBinder::linkToDeath(const sp<DeathRecipient>& recipient, void* cook
 status_t BpHwBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* cookie,
                                    uint32_t /*flags*/, wp<DeathRecipient>* outRecipient) {
     sp<DeathRecipient> removed;
-    std::lock_guard<std::mutex> lock(mLinks->mutex);
+    orvo::MutexLock lock(mLinks->mutex);
     if (mLinks->obituarySent) return DEAD_OBJECT;
     auto& links = mLinks->links;
     for (auto link = links.begin(); link != links.end(); ++link) {
@@ -110,7 +111,7 @@ status_t BpHwBinder::unlinkToDeath(const wp<DeathRecipient>& recipient, void* co
 void BpHwBinder::sendObituary() {
     std::vector<DeathLinks::Link> links;
     {
-        std::lock_guard<std::mutex> lock(mLinks->mutex);
+        orvo::MutexLock lock(mLinks->mutex);
         if (mLinks->obituarySent) return;
         mLinks->obituarySent = true;
         links.swap(mLinks->links);

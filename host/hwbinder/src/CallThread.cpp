@@ -9,6 +9,7 @@
 #include <map>
 
 #include "Sockets.h"
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -18,7 +19,7 @@ namespace {
 
 /** All threads that have a CallThread, by number, for the calls that come back to them. */
 struct Registry {
-    std::mutex mutex;
+    orvo::Mutex mutex;
     std::map<uint64_t, std::weak_ptr<CallThread>> threads GUARDED_BY(mutex);
 };
 
@@ -41,7 +42,7 @@ thread_local Current tCurrent;
 
 void enter(const std::shared_ptr<CallThread>& thread) {
     Registry& all = registry();
-    std::lock_guard<std::mutex> lock(all.mutex);
+    orvo::MutexLock lock(all.mutex);
     all.threads[thread->id()] = thread;
 }
 
@@ -51,7 +52,7 @@ CallThread::CallThread() : serving{false, getpid(), getuid(), {}}, mId(randomNum
 
 CallThread::~CallThread() {
     Registry& all = registry();
-    std::lock_guard<std::mutex> lock(all.mutex);
+    orvo::MutexLock lock(all.mutex);
     all.threads.erase(mId);
 }
 
@@ -77,25 +78,27 @@ CallThread* CallThread::currentOrNull() {
 
 std::shared_ptr<CallThread> CallThread::find(uint64_t id) {
     Registry& all = registry();
-    std::lock_guard<std::mutex> lock(all.mutex);
+    orvo::MutexLock lock(all.mutex);
     auto found = all.threads.find(id);
     return found == all.threads.end() ? nullptr : found->second.lock();
 }
 
-CallThread::Pending::Pending(std::shared_ptr<CallThread> caller) : mCaller(std::move(caller)) {
-    std::lock_guard<std::mutex> lock(mCaller->mMutex);
+CallThread::Pending::Pending(std::shared_ptr<CallThread> caller)
+    : mCaller(std::move(caller)), mMutex(mCaller->mMutex) {
+    orvo::MutexLock lock(mCaller->mMutex);
     mCaller->mWaiting++;
 }
 
 void CallThread::Pending::deliver(Reply reply) {
-    std::lock_guard<std::mutex> lock(mCaller->mMutex);
+    orvo::MutexLock lock(mMutex);
     if (mReply) return;
     mReply = std::move(reply);
     mCaller->mChanged.notify_all();
 }
 
 Reply CallThread::await(Pending& pending) {
-    std::unique_lock<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
+    pending.mMutex.isHeld();  // it is this thread's
     while (true) {
         // Nested calls first: the one we wait for may have returned while they still run, but
         // they were made on behalf of our call and nobody else would run them.
@@ -118,7 +121,7 @@ Reply CallThread::await(Pending& pending) {
 }
 
 bool CallThread::runWhileWaiting(Job& job) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     if (mWaiting == 0) return false;
     mNested.push_back(std::move(job));
     mChanged.notify_all();

@@ -5,19 +5,16 @@
 
 #include <sys/types.h>
 
-#include <condition_variable>
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
-
 #include "ParcelContents.h"
 #include "ThreadPool.h"
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -59,7 +56,8 @@ class CallThread {
       private:
         friend class CallThread;
         const std::shared_ptr<CallThread> mCaller;
-        std::optional<Reply> mReply;  // under mCaller->mMutex
+        orvo::Mutex& mMutex;  ///< the caller's
+        std::optional<Reply> mReply GUARDED_BY(mMutex);
     };
 
     static const std::shared_ptr<CallThread>& current();
@@ -95,8 +93,8 @@ class CallThread {
 
   private:
     const uint64_t mId;
-    std::mutex mMutex;
-    std::condition_variable mChanged;
+    orvo::Mutex mMutex;
+    orvo::ConditionVariable mChanged;
     size_t mWaiting GUARDED_BY(mMutex) = 0;
     std::deque<Job> mNested GUARDED_BY(mMutex);
 };

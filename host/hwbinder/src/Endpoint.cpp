@@ -285,12 +285,12 @@ bool Endpoint::becomeContextManager() {
 }
 
 void Endpoint::setContextObject(const sp<BHwBinder>& object) {
-    std::lock_guard<std::mutex> lock(mContextMutex);
+    orvo::MutexLock lock(mContextMutex);
     mContextObject = object;
 }
 
 sp<BHwBinder> Endpoint::localContextObject() {
-    std::lock_guard<std::mutex> lock(mContextMutex);
+    orvo::MutexLock lock(mContextMutex);
     return mContextObject;
 }
 

@@ -6,7 +6,6 @@
 #include <atomic>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <set>
 #include <string>
 #include <unordered_map>
@@ -18,6 +17,7 @@
 #include "CallThread.h"
 #include "EventLoop.h"
 #include "Transport.capnp.h"
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -134,7 +134,7 @@ class Endpoint {
     const std::string mAddress;
     EventLoop mLoop;
 
-    std::mutex mContextMutex;
+    orvo::Mutex mContextMutex;
     sp<BHwBinder> mContextObject GUARDED_BY(mContextMutex);
 
     // Event loop only.

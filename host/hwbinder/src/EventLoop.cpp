@@ -50,7 +50,7 @@ bool EventLoop::isCurrentThread() const {
 }
 
 void EventLoop::post(kj::Function<void()> task) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     mTasks.push_back(kj::mv(task));
     KJ_IF_MAYBE (wakeUp, mWakeUp) {
         (*wakeUp)->fulfill();
@@ -65,7 +65,7 @@ void EventLoop::run(kj::WaitScope& waitScope) {
         auto wakeUp = kj::newPromiseAndCrossThreadFulfiller<void>();
         std::deque<kj::Function<void()>> tasks;
         {
-            std::lock_guard<std::mutex> lock(mMutex);
+            orvo::MutexLock lock(mMutex);
             tasks.swap(mTasks);
             if (tasks.empty()) mWakeUp = kj::mv(wakeUp.fulfiller);
         }

@@ -4,11 +4,11 @@
 #pragma once
 
 #include <deque>
-#include <mutex>
 
-#include <android-base/thread_annotations.h>
 #include <kj/async-io.h>
 #include <kj/function.h>
+
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -34,7 +34,7 @@ class EventLoop {
   private:
     [[noreturn]] void run(kj::WaitScope& waitScope);
 
-    std::mutex mMutex;
+    orvo::Mutex mMutex;
     std::deque<kj::Function<void()>> mTasks GUARDED_BY(mMutex);
     kj::Maybe<kj::Own<kj::CrossThreadPromiseFulfiller<void>>> mWakeUp GUARDED_BY(mMutex);
     kj::LowLevelAsyncIoProvider* mIo = nullptr;

@@ -83,18 +83,18 @@ void serve(IncomingCall& call) {
 }
 
 void OnewayQueue::reserve(const std::shared_ptr<IncomingCall>& call) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     mCalls.push_back(call);
 }
 
 void OnewayQueue::dataArrived(const std::shared_ptr<IncomingCall>& call, OwnedContents data) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     call->data = std::move(data);
     scheduleLocked();
 }
 
 void OnewayQueue::cancel(const std::shared_ptr<IncomingCall>& call) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     mCalls.erase(std::remove(mCalls.begin(), mCalls.end(), call), mCalls.end());
     scheduleLocked();
 }
@@ -108,12 +108,12 @@ void OnewayQueue::scheduleLocked() {
 void OnewayQueue::runNext() {
     std::shared_ptr<IncomingCall> call;
     {
-        std::lock_guard<std::mutex> lock(mMutex);
+        orvo::MutexLock lock(mMutex);
         call = std::move(mCalls.front());
         mCalls.pop_front();
     }
     serve(*call);
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     mRunning = false;
     scheduleLocked();
 }

@@ -5,9 +5,9 @@
 
 #include <deque>
 #include <memory>
-#include <mutex>
 
 #include "Connection.h"
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -43,7 +43,7 @@ class OnewayQueue : public std::enable_shared_from_this<OnewayQueue> {
     void runNext();
     void scheduleLocked() REQUIRES(mMutex);
 
-    std::mutex mMutex;
+    orvo::Mutex mMutex;
     std::deque<std::shared_ptr<IncomingCall>> mCalls GUARDED_BY(mMutex);
     bool mRunning GUARDED_BY(mMutex) = false;
 };

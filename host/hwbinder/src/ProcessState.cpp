@@ -5,10 +5,9 @@
 
 #include <hwbinder/ProcessState.h>
 
-#include <mutex>
-
 #include "Endpoint.h"
 #include "ThreadPool.h"
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -18,9 +17,9 @@ namespace {
 /** What a device's kernel maps for a process by default; only reported here. */
 constexpr size_t kDefaultMmapSize = 1024 * 1024 - 2 * 4096;
 
-std::mutex gMutex;
-/** Holds one reference for good. Under gMutex. */
-ProcessState* gProcess = nullptr;
+orvo::Mutex gMutex;
+/** Holds one reference for good. */
+ProcessState* gProcess GUARDED_BY(gMutex) = nullptr;
 
 }  // namespace
 
@@ -29,12 +28,12 @@ sp<ProcessState> ProcessState::self() {
 }
 
 sp<ProcessState> ProcessState::selfOrNull() {
-    std::lock_guard<std::mutex> lock(gMutex);
+    orvo::MutexLock lock(gMutex);
     return gProcess;
 }
 
 sp<ProcessState> ProcessState::initWithMmapSize(size_t mmapSize) {
-    std::lock_guard<std::mutex> lock(gMutex);
+    orvo::MutexLock lock(gMutex);
     if (gProcess == nullptr) {
         gProcess = new ProcessState(mmapSize);
         gProcess->incStrong(&gMutex);

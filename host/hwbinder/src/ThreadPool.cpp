@@ -32,18 +32,18 @@ ThreadPool& ThreadPool::instance() {
 }
 
 void ThreadPool::configure(size_t maxThreads, bool callerJoins) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     mConfiguredMax = maxThreads;
     mMaxSpawned = callerJoins && maxThreads > 0 ? maxThreads - 1 : maxThreads;
 }
 
 size_t ThreadPool::maxThreads() {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     return mConfiguredMax;
 }
 
 void ThreadPool::start() {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     if (mStarted) return;
     mStarted = true;
     if (mMaxSpawned > 0) spawnLocked();
@@ -65,7 +65,7 @@ void ThreadPool::spawnLocked() {
 
 void ThreadPool::join() {
     {
-        std::lock_guard<std::mutex> lock(mMutex);
+        orvo::MutexLock lock(mMutex);
         mJoined++;
     }
     workLoop();
@@ -73,7 +73,7 @@ void ThreadPool::join() {
 }
 
 void ThreadPool::submit(Job job) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     mJobs.push_back(std::move(job));
     if (mPollFd >= 0) eventfd_write(mPollFd, 1);
     if (mStarted && mJobs.size() > mIdle && mSpawned < mMaxSpawned) spawnLocked();
@@ -82,7 +82,7 @@ void ThreadPool::submit(Job job) {
 
 void ThreadPool::workLoop() {
     tIsPoolThread = true;
-    std::unique_lock<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     while (true) {
         Job job;
         while (!takeLocked(&job)) {
@@ -106,7 +106,7 @@ bool ThreadPool::takeLocked(Job* job) {
 }
 
 int ThreadPool::pollDescriptor() {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     if (mPollFd < 0) mPollFd = eventfd(mJobs.size(), EFD_CLOEXEC | EFD_NONBLOCK);
     return mPollFd;
 }
@@ -117,7 +117,7 @@ void ThreadPool::drain() {
     while (true) {
         Job job;
         {
-            std::lock_guard<std::mutex> lock(mMutex);
+            orvo::MutexLock lock(mMutex);
             eventfd_t ignored;
             if (mPollFd >= 0) eventfd_read(mPollFd, &ignored);
             if (!takeLocked(&job)) break;
@@ -132,7 +132,7 @@ bool ThreadPool::isPoolThread() {
 }
 
 bool ThreadPool::isOnlyThread() {
-    std::lock_guard<std::mutex> lock(mMutex);
+    orvo::MutexLock lock(mMutex);
     return tIsPoolThread && mConfiguredMax == 1;
 }
 

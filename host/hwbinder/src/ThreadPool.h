@@ -3,13 +3,12 @@
 
 #pragma once
 
-#include <condition_variable>
 #include <deque>
 #include <functional>
-#include <mutex>
 
-#include <android-base/thread_annotations.h>
 #include <utils/Errors.h>
+
+#include "host/Mutex.h"
 
 namespace android {
 namespace hardware {
@@ -53,8 +52,8 @@ class ThreadPool {
     /** Takes the next job; false if none waits. */
     bool takeLocked(Job* job) REQUIRES(mMutex);
 
-    std::mutex mMutex;
-    std::condition_variable mJobsChanged;
+    orvo::Mutex mMutex;
+    orvo::ConditionVariable mJobsChanged;
     std::deque<Job> mJobs GUARDED_BY(mMutex);
     size_t mConfiguredMax GUARDED_BY(mMutex) = 1;
     size_t mMaxSpawned GUARDED_BY(mMutex) = 1;  ///< without the threads that join

@@ -20,7 +20,8 @@ struct ServiceRegistry::Watched : public android::hardware::hidl_death_recipient
     }
 
     wp<ServiceRegistry> registry;
-    /** Guarded by the registry's lock. Set for good: nothing dead is ever entered. */
+    /** Guarded by the registry's lock, which this may outlive and so cannot name. Set for good:
+     *  nothing dead is ever entered. */
     bool dead = false;
 };
 
@@ -49,7 +50,7 @@ bool ServiceRegistry::watch(const sp<Watched>& watched, const sp<Interface>& obj
 void ServiceRegistry::forget(const Watched* dead) {
     // Released after the lock: the last reference to a proxy goes with them.
     std::vector<sp<Watched>> released;
-    std::lock_guard<std::mutex> lock(mMutex);
+    MutexLock lock(mMutex);
     const_cast<Watched*>(dead)->dead = true;
     for (auto entry = mServices.begin(); entry != mServices.end();) {
         const bool matches = entry->second.get() == dead;
@@ -87,7 +88,7 @@ bool ServiceRegistry::add(const std::string& instance, const sp<IBase>& service,
     std::vector<sp<Registration>> released;
     std::vector<std::pair<sp<Listener>, std::string>> told;  // who hears of which interface
     {
-        std::lock_guard<std::mutex> lock(mMutex);
+        MutexLock lock(mMutex);
         if (registration->dead) return false;
         displace(chain.front(), instance, service, &released);
         for (const std::string& fqName : chain) {
@@ -107,14 +108,14 @@ bool ServiceRegistry::add(const std::string& instance, const sp<IBase>& service,
 
 sp<ServiceRegistry::IBase> ServiceRegistry::get(const std::string& fqName,
                                                 const std::string& instance) const {
-    std::lock_guard<std::mutex> lock(mMutex);
+    MutexLock lock(mMutex);
     const auto entry = mServices.find({fqName, instance});
     return entry == mServices.end() ? nullptr : entry->second->service;
 }
 
 std::vector<std::string> ServiceRegistry::list() const {
     std::set<std::string> names;
-    std::lock_guard<std::mutex> lock(mMutex);
+    MutexLock lock(mMutex);
     for (const auto& [name, registration] : mServices) {
         names.insert(name.first + "/" + name.second);
     }
@@ -123,7 +124,7 @@ std::vector<std::string> ServiceRegistry::list() const {
 
 std::vector<std::string> ServiceRegistry::instancesOf(const std::string& fqName) const {
     std::vector<std::string> instances;
-    std::lock_guard<std::mutex> lock(mMutex);
+    MutexLock lock(mMutex);
     auto entry = mServices.lower_bound({fqName, ""});
     for (; entry != mServices.end() && entry->first.first == fqName; ++entry) {
         instances.push_back(entry->first.second);
@@ -143,7 +144,7 @@ bool ServiceRegistry::addListener(const std::string& fqName, const std::string& 
     std::vector<std::string> existing;
     {
         // One step, so that no registration falls between what exists and what comes later.
-        std::lock_guard<std::mutex> lock(mMutex);
+        MutexLock lock(mMutex);
         if (listener->dead) return false;
         auto entry = mServices.lower_bound({fqName, instance});
         for (; entry != mServices.end() && entry->first.first == fqName; ++entry) {
@@ -160,7 +161,7 @@ bool ServiceRegistry::removeListeners(const std::string& fqName, const std::stri
                                       const sp<IServiceNotification>& callback) {
     Listeners released;
     if (callback == nullptr) return false;
-    std::lock_guard<std::mutex> lock(mMutex);
+    MutexLock lock(mMutex);
     for (auto entry = mListeners.begin(); entry != mListeners.end();) {
         const Listener& listener = **entry;
         const bool matches = (fqName.empty() || listener.fqName == fqName) &&
@@ -180,13 +181,13 @@ void ServiceRegistry::notify(const sp<Listener>& listener, const std::string& fq
 
 void ServiceRegistry::addPassthroughClient(const std::string& fqName, const std::string& instance,
                                            pid_t pid) {
-    std::lock_guard<std::mutex> lock(mMutex);
+    MutexLock lock(mMutex);
     mPassthroughClients[{fqName, instance}].insert(pid);
 }
 
 std::vector<ServiceRegistry::EntryState> ServiceRegistry::dump() const {
     std::map<Name, EntryState> states;
-    std::lock_guard<std::mutex> lock(mMutex);
+    MutexLock lock(mMutex);
     for (const auto& [name, registration] : mServices) {
         states[name] = {name.first, name.second, registration->pid, {}};
     }

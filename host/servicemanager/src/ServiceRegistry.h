@@ -7,17 +7,17 @@
 
 #include <list>
 #include <map>
-#include <mutex>
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include <android-base/thread_annotations.h>
 #include <android/hidl/base/1.0/IBase.h>
 #include <android/hidl/manager/1.0/IServiceNotification.h>
 #include <hidl/HidlSupport.h>
 #include <utils/RefBase.h>
+
+#include "host/Mutex.h"
 
 namespace orvo {
 
@@ -109,7 +109,7 @@ class ServiceRegistry : public virtual ::android::RefBase {
     void notify(const ::android::sp<Listener>& listener, const std::string& fqName,
                 const std::string& instance, bool preexisting);
 
-    mutable std::mutex mMutex;
+    mutable Mutex mMutex;
     /** Name -> the registration that is in force for it. One registration has many names. */
     std::map<Name, ::android::sp<Registration>> mServices GUARDED_BY(mMutex);
     std::list<::android::sp<Listener>> mListeners GUARDED_BY(mMutex);

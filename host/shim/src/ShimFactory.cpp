@@ -2,10 +2,10 @@
 // The one function of libcameraprovidershim: makes shims, and keeps the newest of each name alive.
 
 #include <map>
-#include <mutex>
 #include <string>
 
 #include "ProviderShim.h"
+#include "host/Mutex.h"
 
 using android::sp;
 using android::hardware::camera::provider::V2_4::ICameraProvider;
@@ -18,7 +18,7 @@ class KeptShims {
     void keep(const std::string& instance, const sp<ICameraProvider>& shim) {
         sp<ICameraProvider> older = shim;
         {
-            std::lock_guard<std::mutex> lock(mMutex);
+            orvo::MutexLock lock(mMutex);
             std::swap(mNewest[instance], older);
         }
         // Released here, after the lock: this may be the last reference to its provider, whose
@@ -26,9 +26,9 @@ class KeptShims {
     }
 
   private:
-    std::mutex mMutex;
-    /** Provider instance name -> the newest shim of that name. Guarded by mMutex. */
-    std::map<std::string, sp<ICameraProvider>> mNewest;
+    orvo::Mutex mMutex;
+    /** Provider instance name -> the newest shim of that name. */
+    std::map<std::string, sp<ICameraProvider>> mNewest GUARDED_BY(mMutex);
 };
 
 KeptShims& keptShims() {

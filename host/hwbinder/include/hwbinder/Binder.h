@@ -44,6 +44,7 @@ class BHwBinder : public IBinder {
 
     void setRequestingSid(bool requestSid);
 
+    // No lock: set before the object is given away.
     int mSchedPolicy;
     int mSchedPriority;
 

@@ -61,6 +61,7 @@ class ProcessState : public virtual RefBase {
     ~ProcessState() override;
 
     const size_t mMmapSize;
+    /** No lock: it is set before there are calls. */
     CallRestriction mCallRestriction = CallRestriction::NONE;
 };
 

@@ -12,6 +12,7 @@
 #include <log/log.h>
 
 #include "Endpoint.h"
+#include "ObjectTable.h"
 #include "ParcelContents.h"
 #include "host/Mutex.h"
 
@@ -44,6 +45,9 @@ struct BpHwBinder::DeathLinks {
     };
 
     explicit DeathLinks(bool isDead) : obituarySent(isDead) {}
+    ~DeathLinks() {
+        for (Link& link : links) transport::EventLoop::release(std::move(link.recipient));
+    }
 
     orvo::Mutex mutex;
     std::vector<Link> links GUARDED_BY(mutex);

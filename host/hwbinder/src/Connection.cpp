@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// The two ends of a connection.
+// This end of a connection, and what the kernel knows of the other one.
 
 #include "Connection.h"
 
-#include "LocalObject.h"
-#include "Sockets.h"
+#include <poll.h>
+#include <sys/socket.h>
+
+#include "ParcelContents.h"
 
 namespace android {
 namespace hardware {
@@ -34,37 +36,39 @@ wire::Process::Client remoteProcessOf(capnp::RpcSystem<capnp::rpc::twoparty::Vat
 
 }  // namespace
 
-Connection::Connection(Endpoint& endpoint, kj::Own<kj::AsyncCapabilityStream> stream, bool accepted,
-                       std::shared_ptr<Peer> otherEnd)
+bool Peer::isGone() const {
+    if (mClosed) return true;
+    // The kernel knows of a death before the event loop has read of it.
+    pollfd query = {mSocket.get(), 0, 0};
+    return poll(&query, 1, 0) == 1 && (query.revents & (POLLHUP | POLLERR)) != 0;
+}
+
+void Peer::close() {
+    mClosed = true;
+    // The duplicate would keep the connection open for the other end.
+    shutdown(mSocket.get(), SHUT_RDWR);
+}
+
+Connection::Connection(ConnectionUser& user, kj::Own<kj::AsyncCapabilityStream> stream,
+                       bool accepted, std::shared_ptr<Peer> otherEnd)
     : peer(std::move(otherEnd)),
       mStream(kj::mv(stream)),
       mNetwork(*mStream, ParcelContents::kMaxDescriptors, sideOf(accepted), readerOptions()),
-      mRpc(capnp::makeRpcServer(mNetwork, kj::heap<ProcessServer>(endpoint, *this))),
+      mRpc(capnp::makeRpcServer(mNetwork, user.offer(*this))),
       // Asked for once, and at once: asked for after the connection has broken, the RPC system
       // would begin anew on a stream that takes nothing any more, which ends the process.
-      mRemoteProcess(remoteProcessOf(mRpc, sideOf(!accepted))) {}
-
-kj::Promise<void> ProcessServer::introduce(IntroduceContext context) {
-    const std::string address = context.getParams().getAddress().cStr();
-    KJ_REQUIRE(isAddress(address), "not the name of a socket");
-    KJ_REQUIRE(isAddressOf(address, mConnection.peer->pid), "the name of another one's socket");
-    KJ_REQUIRE(mConnection.address.empty(), "introduced already");
-    mEndpoint.introduced(mConnection, address);
-    return kj::READY_NOW;
+      mRemoteProcess(remoteProcessOf(mRpc, sideOf(!accepted))) {
+    EventLoop::assertCurrent();
 }
 
-kj::Promise<void> ProcessServer::object(ObjectContext context) {
-    KJ_IF_MAYBE (binder, mEndpoint.localObject(context.getParams().getId(), mConnection)) {
-        context.getResults().setBinder(kj::mv(*binder));
-        return kj::READY_NOW;
-    }
-    KJ_FAIL_REQUIRE("no such object");
+wire::Process::Client Connection::remoteProcess() {
+    EventLoop::assertCurrent();
+    return mRemoteProcess;
 }
 
-kj::Promise<void> ProcessServer::contextObject(ContextObjectContext context) {
-    mEndpoint.encode(mEndpoint.localContextObject(), mConnection,
-                     context.getResults().initBinder());
-    return kj::READY_NOW;
+kj::Promise<void> Connection::onDisconnect() {
+    EventLoop::assertCurrent();
+    return mNetwork.onDisconnect();
 }
 
 }  // namespace transport

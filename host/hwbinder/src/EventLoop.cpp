@@ -13,13 +13,15 @@
 
 #include <log/log.h>
 
+#include "ThreadPool.h"
+
 namespace android {
 namespace hardware {
 namespace transport {
 
 namespace {
 
-thread_local EventLoop* tLoop = nullptr;
+thread_local bool tIsLoop = false;
 
 /** Signals are for the program's own threads; a write to a dead peer shows as an error instead. */
 void blockSignals() {
@@ -34,7 +36,8 @@ EventLoop::EventLoop() {
     std::promise<void> running;
     std::thread thread([this, &running] {
         blockSignals();
-        tLoop = this;
+        tIsLoop = true;
+        assertCurrent();
         kj::AsyncIoContext context = kj::setupAsyncIo();
         mIo = context.lowLevelProvider.get();
         running.set_value();
@@ -45,8 +48,17 @@ EventLoop::EventLoop() {
     running.get_future().wait();
 }
 
-bool EventLoop::isCurrentThread() const {
-    return tLoop == this;
+void EventLoop::assertCurrent() {
+    LOG_ALWAYS_FATAL_IF(!tIsLoop, "This is for the event loop's thread only");
+}
+
+kj::LowLevelAsyncIoProvider& EventLoop::io() {
+    assertCurrent();
+    return *mIo;
+}
+
+void EventLoop::release(sp<RefBase> last) {
+    if (tIsLoop && last != nullptr) ThreadPool::instance().submit([last = std::move(last)] {});
 }
 
 void EventLoop::post(kj::Function<void()> task) {
@@ -59,6 +71,7 @@ void EventLoop::post(kj::Function<void()> task) {
 }
 
 void EventLoop::run(kj::WaitScope& waitScope) {
+    assertCurrent();
     // So many events are handled between two looks at the sockets and at what other threads want.
     waitScope.setBusyPollInterval(64);
     while (true) {

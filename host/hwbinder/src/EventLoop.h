@@ -7,6 +7,7 @@
 
 #include <kj/async-io.h>
 #include <kj/function.h>
+#include <utils/RefBase.h>
 
 #include "host/Mutex.h"
 
@@ -14,9 +15,13 @@ namespace android {
 namespace hardware {
 namespace transport {
 
+/** Stands for being on the loop's thread; what is touched there only is GUARDED_BY it. */
+class CAPABILITY("thread") LoopThread {};
+inline LoopThread gLoopThread;
+
 /**
- * Runs until the process ends. Nothing that may wait for another thread runs on it: handlers, and
- * destructors of other people's objects, go to the thread pool.
+ * One per process. Runs until the process ends. Nothing that may wait for another thread runs on
+ * it: handlers, and destructors of other people's objects, go to the thread pool.
  */
 class EventLoop {
   public:
@@ -26,10 +31,17 @@ class EventLoop {
     /** Runs the task on the loop's thread, after those posted before. From any thread. */
     void post(kj::Function<void()> task);
 
-    bool isCurrentThread() const;
+    /** First in every function that is for the loop's thread only: ends the process on another. */
+    static void assertCurrent() ASSERT_CAPABILITY(gLoopThread);
 
     /** Only on the loop's thread. */
-    kj::LowLevelAsyncIoProvider& io() { return *mIo; }
+    kj::LowLevelAsyncIoProvider& io();
+
+    /**
+     * Gives up a reference to other people's object, which may be the last one: never on the loop's
+     * thread, where it goes to the thread pool, as such a destructor may wait. From any thread.
+     */
+    static void release(sp<RefBase> last);
 
   private:
     [[noreturn]] void run(kj::WaitScope& waitScope);
@@ -37,7 +49,7 @@ class EventLoop {
     orvo::Mutex mMutex;
     std::deque<kj::Function<void()>> mTasks GUARDED_BY(mMutex);
     kj::Maybe<kj::Own<kj::CrossThreadPromiseFulfiller<void>>> mWakeUp GUARDED_BY(mMutex);
-    kj::LowLevelAsyncIoProvider* mIo = nullptr;
+    kj::LowLevelAsyncIoProvider* mIo GUARDED_BY(gLoopThread) = nullptr;
 };
 
 }  // namespace transport

@@ -46,9 +46,8 @@ void runPostCommandTasks(CallThread& thread) {
 }  // namespace
 
 IncomingCall::~IncomingCall() {
-    // A call that was refused ends on the event loop, and may hold the last reference.
-    if (object == nullptr || ThreadPool::isPoolThread()) return;
-    ThreadPool::instance().submit([last = std::move(object)] {});
+    // A call that was refused ends on the event loop.
+    EventLoop::release(std::move(object));
 }
 
 void serve(IncomingCall& call) {
@@ -118,17 +117,24 @@ void OnewayQueue::runNext() {
     scheduleLocked();
 }
 
-LocalObject::LocalObject(Endpoint& endpoint, const sp<BHwBinder>& object, uint64_t id)
-    : mEndpoint(endpoint), mObject(object), mId(id) {}
+LocalObject::LocalObject(ObjectTable& table, const sp<BHwBinder>& object, uint64_t id)
+    : mTable(table), mObject(object), mId(id) {
+    EventLoop::assertCurrent();
+}
 
 LocalObject::~LocalObject() {
-    mEndpoint.mLocalByBinder.erase(mObject.get());
-    mEndpoint.mLocalById.erase(mId);
-    // The object's destructor may do anything, so it must not run on the event loop.
-    ThreadPool::instance().submit([object = std::move(mObject)] {});
+    EventLoop::assertCurrent();
+    mTable.forget(*this);
+    EventLoop::release(std::move(mObject));
+}
+
+const sp<BHwBinder>& LocalObject::object() const {
+    EventLoop::assertCurrent();
+    return mObject;
 }
 
 kj::Promise<void> ObjectServer::transact(TransactContext context) {
+    EventLoop::assertCurrent();
     auto params = context.getParams();
     auto call = std::make_shared<IncomingCall>();
     call->object = mObject->object();
@@ -147,11 +153,13 @@ kj::Promise<void> ObjectServer::transact(TransactContext context) {
 
 kj::Promise<void> ObjectServer::transactOneway(std::shared_ptr<IncomingCall> call,
                                                TransactContext context) {
+    EventLoop::assertCurrent();
     std::shared_ptr<OnewayQueue> queue = mObject->onewayCalls();
     // The order is that of arrival, also when descriptors take one call longer than the next.
     queue->reserve(call);
     auto decoded = kj::evalNow([this, &context]() {
-        return mEndpoint.decode(context.getParams().getData(), *mConnection);
+        EventLoop::assertCurrent();
+        return mTable.decode(context.getParams().getData(), *mConnection);
     });
     return decoded.then(
             [queue, call, context](OwnedContents&& data) mutable {
@@ -166,8 +174,10 @@ kj::Promise<void> ObjectServer::transactOneway(std::shared_ptr<IncomingCall> cal
 
 kj::Promise<void> ObjectServer::transactTwoWay(std::shared_ptr<IncomingCall> call,
                                                TransactContext context) {
+    EventLoop::assertCurrent();
     auto decoded = kj::evalNow([this, &context]() {
-        return mEndpoint.decode(context.getParams().getData(), *mConnection);
+        EventLoop::assertCurrent();
+        return mTable.decode(context.getParams().getData(), *mConnection);
     });
     auto answered = decoded.then([this, call, context](OwnedContents&& data) mutable {
         context.releaseParams();
@@ -175,7 +185,7 @@ kj::Promise<void> ObjectServer::transactTwoWay(std::shared_ptr<IncomingCall> cal
         auto answer = kj::newPromiseAndCrossThreadFulfiller<Reply>();
         call->answer = kj::mv(answer.fulfiller);
         Job job = [call] { serve(*call); };
-        auto waiting = waitingThread(call->chain, mEndpoint.address());
+        auto waiting = waitingThread(call->chain, mTable.ownAddress());
         if (waiting == nullptr || !waiting->runWhileWaiting(job)) {
             ThreadPool::instance().submit(std::move(job));
         }
@@ -186,10 +196,11 @@ kj::Promise<void> ObjectServer::transactTwoWay(std::shared_ptr<IncomingCall> cal
         return Reply{FAILED_TRANSACTION, nullptr};
     };
     return answered.catch_(refuse).then([this, context](Reply&& reply) mutable {
+        EventLoop::assertCurrent();
         auto results = context.getResults();
         results.setStatus(reply.status);
         if (reply.contents == nullptr) return;
-        mEndpoint.encode(*reply.contents, *mConnection, results.initReply());
+        mTable.encode(*reply.contents, *mConnection, results.initReply());
     });
 }
 

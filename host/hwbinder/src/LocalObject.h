@@ -6,7 +6,8 @@
 #include <deque>
 #include <memory>
 
-#include "Connection.h"
+#include "CallThread.h"
+#include "ObjectTable.h"
 #include "host/Mutex.h"
 
 namespace android {
@@ -51,16 +52,17 @@ class OnewayQueue : public std::enable_shared_from_this<OnewayQueue> {
 /** Exists while another process refers to the object, which it keeps alive. Event loop only. */
 class LocalObject {
   public:
-    LocalObject(Endpoint& endpoint, const sp<BHwBinder>& object, uint64_t id);
+    LocalObject(ObjectTable& table, const sp<BHwBinder>& object, uint64_t id);
     ~LocalObject();
 
-    const sp<BHwBinder>& object() const { return mObject; }
+    const sp<BHwBinder>& object() const;
     uint64_t id() const { return mId; }
+    /** May be used on any thread. */
     const std::shared_ptr<OnewayQueue>& onewayCalls() const { return mOnewayCalls; }
 
   private:
-    Endpoint& mEndpoint;
-    sp<BHwBinder> mObject;
+    ObjectTable& mTable;
+    sp<BHwBinder> mObject GUARDED_BY(gLoopThread);
     const uint64_t mId;
     const std::shared_ptr<OnewayQueue> mOnewayCalls = std::make_shared<OnewayQueue>();
 };
@@ -68,8 +70,8 @@ class LocalObject {
 /** A local object as the other end of one connection sees it, so that calls tell who makes them. */
 class ObjectServer final : public wire::Binder::Server {
   public:
-    ObjectServer(Endpoint& endpoint, Connection& connection, std::shared_ptr<LocalObject> object)
-        : mEndpoint(endpoint), mConnection(kj::addRef(connection)), mObject(std::move(object)) {}
+    ObjectServer(ObjectTable& table, Connection& connection, std::shared_ptr<LocalObject> object)
+        : mTable(table), mConnection(kj::addRef(connection)), mObject(std::move(object)) {}
 
     kj::Promise<void> transact(TransactContext context) override;
 
@@ -77,8 +79,8 @@ class ObjectServer final : public wire::Binder::Server {
     kj::Promise<void> transactOneway(std::shared_ptr<IncomingCall> call, TransactContext context);
     kj::Promise<void> transactTwoWay(std::shared_ptr<IncomingCall> call, TransactContext context);
 
-    Endpoint& mEndpoint;
-    kj::Own<Connection> mConnection;
+    ObjectTable& mTable;
+    kj::Own<Connection> mConnection GUARDED_BY(gLoopThread);
     const std::shared_ptr<LocalObject> mObject;
 };
 

@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// What crosses a connection: parcels, descriptors and references to binders.
+// Parcels on their way across a connection, with the descriptors in them.
 
 #include <fcntl.h>
 #include <string.h>
 #include <unistd.h>
 
-#include "Connection.h"
-#include "Endpoint.h"
-#include "LocalObject.h"
+#include "ObjectTable.h"
 #include "ParcelMessage.h"
-#include "Sockets.h"
 
 namespace android {
 namespace hardware {
@@ -84,118 +81,19 @@ ParcelObject decodeBuffer(capnp::Data::Reader bytes) {
     return object;
 }
 
-int32_t nextHandle() {
-    static std::atomic<int32_t> last{0};
-    return ++last;
-}
-
 }  // namespace
 
-RemoteObject::RemoteObject(Endpoint& knownTo, std::string livesAt, uint64_t number,
-                           wire::Binder::Client client)
-    : endpoint(knownTo),
-      address(std::move(livesAt)),
-      id(number),
-      handle(nextHandle()),
-      binder(kj::mv(client)) {}
-
-RemoteObject::~RemoteObject() {
-    auto found = endpoint.mRemoteObjects.find({address, id});
-    if (found != endpoint.mRemoteObjects.end() && found->second == this) {
-        endpoint.mRemoteObjects.erase(found);
-    }
-    KJ_IF_MAYBE (open, connection) {
-        (*open)->objects.erase(this);
-    }
-}
-
-std::shared_ptr<LocalObject> Endpoint::share(const sp<BHwBinder>& binder) {
-    auto found = mLocalByBinder.find(binder.get());
-    if (found != mLocalByBinder.end()) return found->second.lock();
-    auto object = std::make_shared<LocalObject>(*this, binder, randomNumber());
-    mLocalByBinder[binder.get()] = object;
-    mLocalById[object->id()] = object;
-    return object;
-}
-
-kj::Maybe<wire::Binder::Client> Endpoint::localObject(uint64_t id, Connection& to) {
-    auto found = mLocalById.find(id);
-    if (found == mLocalById.end()) return nullptr;
-    return wire::Binder::Client(kj::heap<ObjectServer>(*this, to, found->second.lock()));
-}
-
-void Endpoint::encode(const sp<IBinder>& binder, Connection& to, wire::BinderRef::Builder ref) {
-    if (binder == nullptr) return;
-    if (BHwBinder* local = binder->localBinder(); local != nullptr) {
-        std::shared_ptr<LocalObject> object = share(local);
-        ref.setAddress(mAddress);
-        ref.setId(object->id());
-        ref.setBinder(kj::heap<ObjectServer>(*this, to, std::move(object)));
-        return;
-    }
-    BpHwBinder* remote = binder->remoteBinder();
-    KJ_REQUIRE(remote != nullptr, "a binder that is neither local nor remote");
-    const std::shared_ptr<RemoteObject>& object = remote->remoteObject();
-    ref.setAddress(object->address);
-    ref.setId(object->id);
-    ref.setBinder(object->binder);
-}
-
-void Endpoint::encode(const ParcelContents& contents, Connection& to,
-                      wire::Parcel::Builder parcel) {
+void ObjectTable::encode(const ParcelContents& contents, Connection& to,
+                         wire::Parcel::Builder parcel) {
+    EventLoop::assertCurrent();
     encodeParcel(contents, parcel, encodeHandle,
                  [this, &to](const ParcelObject& object, wire::BinderRef::Builder ref) {
                      encode(object.binder, to, ref);
                  });
 }
 
-sp<BpHwBinder> Endpoint::newProxy(const std::string& address, uint64_t id,
-                                  wire::Binder::Client viaSender, Connection& from) {
-    Connection* direct = address == from.address ? &from : connectionTo(address);
-    wire::Binder::Client binder = viaSender;
-    if (direct != nullptr && direct != &from) {
-        auto request = direct->remoteProcess().objectRequest();
-        request.setId(id);
-        auto answer = request.send();
-        binder = answer.getBinder();
-        // Until its process has heard of us, the sender's reference keeps the object alive.
-        watch(answer.ignoreResult().attach(kj::mv(viaSender)));
-    }
-    // Made, used and freed on the event loop, but held by proxies on any thread.
-    EventLoop& loop = mLoop;
-    std::shared_ptr<RemoteObject> object(
-            new RemoteObject(*this, address, id, kj::mv(binder)),
-            [&loop](RemoteObject* last) { loop.post([last]() { delete last; }); });
-    if (direct != nullptr) {
-        object->peer = direct->peer;
-        object->connection = kj::addRef(*direct);
-        direct->objects.insert(object.get());
-    }
-    mRemoteObjects[{address, id}] = object.get();
-    sp<BpHwBinder> proxy = new BpHwBinder(object);
-    object->proxy = proxy;
-    return proxy;
-}
-
-sp<IBinder> Endpoint::decode(wire::BinderRef::Reader ref, Connection& from) {
-    const std::string address = ref.getAddress().cStr();
-    if (address.empty()) return nullptr;
-    KJ_REQUIRE(isAddress(address), "not the name of a socket");
-    if (address == mAddress) {
-        auto found = mLocalById.find(ref.getId());
-        KJ_REQUIRE(found != mLocalById.end(), "a reference to an object that we never gave away");
-        return found->second.lock()->object();
-    }
-    auto known = mRemoteObjects.find({address, ref.getId()});
-    if (known != mRemoteObjects.end()) {
-        // If its proxy is being destroyed right now, or its connection broke, it gets another one.
-        sp<BpHwBinder> proxy = known->second->proxy.promote();
-        if (proxy != nullptr && !known->second->isDead()) return proxy;
-    }
-    return newProxy(address, ref.getId(), ref.getBinder(), from);
-}
-
-ParcelObject Endpoint::decode(wire::Object::Reader reader, Connection& from) {
+ParcelObject ObjectTable::decode(wire::Object::Reader reader, Connection& from) {
+    EventLoop::assertCurrent();
     ParcelObject object;
     switch (reader.which()) {
         case wire::Object::NULL_:
@@ -223,7 +121,8 @@ ParcelObject Endpoint::decode(wire::Object::Reader reader, Connection& from) {
     return object;
 }
 
-kj::Promise<OwnedContents> Endpoint::decode(wire::Parcel::Reader parcel, Connection& from) {
+kj::Promise<OwnedContents> ObjectTable::decode(wire::Parcel::Reader parcel, Connection& from) {
+    EventLoop::assertCurrent();
     OwnedContents contents(new ParcelContents);
     const auto flat = parcel.getFlat();
     const auto objects = parcel.getObjects();

@@ -8,7 +8,7 @@
 
 #include <algorithm>
 
-#include "ThreadPool.h"
+#include "EventLoop.h"
 
 namespace android {
 namespace hardware {
@@ -40,15 +40,11 @@ void NativeHandleDeleter::operator()(native_handle_t* handle) const {
 }
 
 void ContentsDeleter::operator()(ParcelContents* contents) const {
-    const bool holdsLocalObjects = std::any_of(
-            contents->objects.begin(), contents->objects.end(), [](const ParcelObject& object) {
-                return object.binder != nullptr && object.binder->localBinder() != nullptr;
-            });
-    if (!holdsLocalObjects || ThreadPool::isPoolThread()) {
-        delete contents;
-        return;
+    for (ParcelObject& object : contents->objects) {
+        const bool isLocal = object.binder != nullptr && object.binder->localBinder() != nullptr;
+        if (isLocal) EventLoop::release(std::move(object.binder));
     }
-    ThreadPool::instance().submit([contents] { delete contents; });
+    delete contents;
 }
 
 status_t ParcelContents::append(ParcelObject object, size_t* number) {

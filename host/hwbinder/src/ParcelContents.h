@@ -35,10 +35,7 @@ struct Embedding {
 
 class ParcelContents;
 
-/**
- * Lets contents go on a pool thread if they hold objects of this process: their destructors are
- * other people's, and must not run on the event loop.
- */
+/** Deletes contents on any thread, as EventLoop::release does what they hold of this process. */
 struct ContentsDeleter {
     void operator()(ParcelContents* contents) const;
 };

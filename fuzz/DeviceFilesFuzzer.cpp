@@ -27,10 +27,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
 
     VintfManifest manifest;
-    std::string error;
-    if (!manifest.addFile(file.path(), &error)) {
-        require(!error.empty() && error.find('\n') == std::string::npos, "one line of error",
-                error);
+    if (const auto added = manifest.addFile(file.path()); !added) {
+        const std::string line = added.error().message();
+        require(!line.empty() && line.find('\n') == std::string::npos, "one line of error", line);
     }
     const std::string provider = "android.hardware.camera.provider@2.4::ICameraProvider";
     for (const std::string& instance : manifest.instancesOf(provider)) {

@@ -20,8 +20,8 @@
 namespace orvo::simulator {
 
 using android::base::ErrnoError;
-using android::base::Error;
 using android::base::Result;
+using android::base::unexpected;
 using android::base::unique_fd;
 
 namespace {
@@ -79,14 +79,14 @@ Result<DeviceHost> DeviceHost::prepare(const DeviceDescription& device,
                                        const Installation& installation, bool keep) {
     // From here on a signal waits until run() hears it, so that nothing is left half done.
     auto signals = AwaitedSignals::block();
-    if (!signals) return Error() << signals.error().message();
+    if (!signals) return unexpected(signals.error());
     auto janitor = Janitor::start(keep);
-    if (!janitor) return Error() << janitor.error().message();
+    if (!janitor) return unexpected(janitor.error());
     Stage stage(janitor->directory());
     const auto filled = stage.fill(device, installation);
-    if (!filled) return Error() << filled.error().message();
+    if (!filled) return unexpected(filled.error());
     auto sandbox = Sandbox::prepare(stage);
-    if (!sandbox) return Error() << sandbox.error().message();
+    if (!sandbox) return unexpected(sandbox.error());
     return DeviceHost(std::move(*signals), std::move(*janitor), std::move(stage),
                       std::move(*sandbox));
 }
@@ -96,7 +96,7 @@ Result<int> DeviceHost::run(const CommandMaker& command) {
     if (!android::base::Pipe(&stopRead, &stopWrite)) return ErrnoError() << "cannot make a pipe";
     const auto child =
             startInside(mSandbox, command(stopRead.get()), mJanitor.lifeline(), stopRead.get());
-    if (!child) return Error() << child.error().message();
+    if (!child) return unexpected(child.error());
     stopRead.reset();
     const int status = awaitEnd(*child, std::move(stopWrite), mSignals);
     mJanitor.finish();

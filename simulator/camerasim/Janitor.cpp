@@ -33,20 +33,17 @@ std::string directoryOfDirectories() {
 
 namespace {
 
-/** The directory, or nothing and the reason in `why`. */
-std::string makeDirectory(std::string* why) {
+Result<std::string> makeDirectory() {
     const std::string parent = directoryOfDirectories();
     char absolute[PATH_MAX];
     if (realpath(parent.c_str(), absolute) == nullptr) {
-        *why = "cannot use the temporary directory '" + parent + "' (" + strerror(errno) +
-               "); set TMPDIR to one that is there";
-        return "";
+        return Error() << "cannot use the temporary directory '" << parent << "' ("
+                       << strerror(errno) << "); set TMPDIR to one that is there";
     }
     std::string path = std::string(absolute) + "/" + kDirectoryPattern;
     if (mkdtemp(path.data()) == nullptr) {
-        *why = std::string("cannot make a directory in '") + absolute + "' (" + strerror(errno) +
-               "); set TMPDIR to one that can be written";
-        return "";
+        return Error() << "cannot make a directory in '" << absolute << "' (" << strerror(errno)
+                       << "); set TMPDIR to one that can be written";
     }
     return path;
 }
@@ -59,18 +56,17 @@ std::string makeDirectory(std::string* why) {
     for (const int ignored : {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGQUIT}) {
         signal(ignored, SIG_IGN);
     }
-    std::string why;
-    const std::string directory = makeDirectory(&why);
-    const std::string line = directory.empty() ? "!" + why : directory;
+    const auto directory = makeDirectory();
+    const std::string line = directory ? *directory : "!" + directory.error().message();
     const bool told = android::base::WriteStringToFd(line, report);
     report.reset();
-    if (directory.empty()) _exit(1);
+    if (!directory) _exit(1);
 
     char nothing;
     while (told && TEMP_FAILURE_RETRY(read(lifelineEnd, &nothing, 1)) > 0) {
     }
     std::error_code ignored;  // there is nobody left to tell
-    if (!keep) std::filesystem::remove_all(directory, ignored);
+    if (!keep) std::filesystem::remove_all(*directory, ignored);
     _exit(0);
 }
 

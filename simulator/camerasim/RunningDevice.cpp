@@ -21,6 +21,7 @@ using android::sp;
 using android::base::ErrnoError;
 using android::base::Error;
 using android::base::Result;
+using android::base::unexpected;
 using android::base::unique_fd;
 using android::hardware::camera::provider::V2_4::ICameraProvider;
 
@@ -109,7 +110,7 @@ Result<void> RunningDevice::startProgram(const std::string& program,
     if (!android::base::Pipe(&readEnd, &writeEnd)) return ErrnoError() << "cannot make a pipe";
     const auto started =
             mSupervisor.start({program, std::move(command), mStage.logOf(program), writeEnd.get()});
-    if (!started) return Error() << started.error().message();
+    if (!started) return unexpected(started.error());
     writeEnd.reset();
     if (awaitLine(readEnd.get(), "ready")) return {};
     // Its pipe closes a moment before it has ended.

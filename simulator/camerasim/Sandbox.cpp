@@ -26,6 +26,7 @@ namespace fs = std::filesystem;
 using android::base::ErrnoError;
 using android::base::Error;
 using android::base::Result;
+using android::base::unexpected;
 using android::base::unique_fd;
 
 namespace {
@@ -78,7 +79,7 @@ Result<Sandbox> Sandbox::prepare(const Stage& stage) {
     }
     Sandbox sandbox(bwrap, stage);
     const Result<void> usable = sandbox.tryOut();
-    if (!usable) return Error() << usable.error().message();
+    if (!usable) return unexpected(usable.error());
     return sandbox;
 }
 

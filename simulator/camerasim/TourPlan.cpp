@@ -17,6 +17,7 @@ namespace orvo::simulator {
 
 using android::base::Error;
 using android::base::Result;
+using android::base::unexpected;
 
 namespace {
 
@@ -33,8 +34,7 @@ std::string typeOf(const std::string& instance) {
 Result<void> checkDeclared(const DeviceDescription& device) {
     const std::string directory = device.vendorTree() + "/etc/vintf";
     orvo::VintfManifest manifest;
-    std::string mistake;
-    if (!manifest.addDirectory(directory, &mistake)) return Error() << mistake;
+    if (const auto added = manifest.addDirectory(directory); !added) return added;
     const auto isDeclared = [&](const char* interface, const std::string& instance) {
         return manifest.transportOf(interface, instance).has_value();
     };
@@ -71,7 +71,7 @@ TourCamera asSeenThrough(const std::string& aggregator, const ProviderDescriptio
 Result<void> planProviders(const DeviceDescription& device, TourPlan* plan) {
     const std::string file = device.vendorTree() + "/etc/orvo_vendor_manifest.xml";
     const Result<ProviderMap> map = ProviderMap::read(file);
-    if (!map) return Error() << map.error().message();
+    if (!map) return unexpected(map.error());
     for (const std::string& instance : device.serviceInstances) {
         const std::vector<std::string> names = map->behind(instance);
         if (instance == kMrInstance || names.empty()) continue;
@@ -85,7 +85,7 @@ Result<void> planProviders(const DeviceDescription& device, TourPlan* plan) {
                                << "; add its description to device.yaml, or take the entry out";
             }
             const auto provider = ProviderDescription::read(program->description);
-            if (!provider) return Error() << provider.error().message();
+            if (!provider) return unexpected(provider.error());
             plan->behind.push_back(*provider);
         }
         return {};
@@ -139,7 +139,7 @@ Result<void> planMrProvider(const DeviceDescription& device, TourPlan* plan) {
                        << "; add it to the service";
     }
     const auto provider = ProviderDescription::read(device.vendorTree() + "/etc/mrprovider.yaml");
-    if (!provider) return Error() << provider.error().message();
+    if (!provider) return unexpected(provider.error());
     plan->mrProvider = *provider;
     return {};
 }
@@ -152,7 +152,7 @@ Result<TourPlan> TourPlan::make(const DeviceDescription& device) {
     if (step) step = planProviders(device, &plan);
     if (step) step = planCameras(&plan);
     if (step) step = planMrProvider(device, &plan);
-    if (!step) return Error() << step.error().message();
+    if (!step) return unexpected(step.error());
     return plan;
 }
 

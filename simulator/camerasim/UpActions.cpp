@@ -22,6 +22,7 @@ namespace orvo::simulator {
 using android::sp;
 using android::base::Error;
 using android::base::Result;
+using android::base::unexpected;
 using nlohmann::json;
 
 namespace {
@@ -62,7 +63,7 @@ json didOf(const std::string& provider, const std::string& what) {
 
 UpRequests::Answer UpRequests::end(const std::string& who, int signal, const std::string& what) {
     const auto program = mDevice.programOf(who);
-    if (!program) return Error() << program.error().message();
+    if (!program) return unexpected(program.error());
     Supervisor& supervisor = mDevice.supervisor();
     if (!supervisor.isRunning(*program)) return Error() << who << " is not running";
     if (supervisor.isHung(*program) && signal != SIGKILL && signal != SIGCONT) {
@@ -92,7 +93,7 @@ UpRequests::Answer UpRequests::exit(const Request& request) {
 UpRequests::Answer UpRequests::hang(const Request& request) {
     const std::string who = request.text("provider");
     const auto program = mDevice.programOf(who);
-    if (!program) return Error() << program.error().message();
+    if (!program) return unexpected(program.error());
     Supervisor& supervisor = mDevice.supervisor();
     const auto pid = supervisor.pidOf(*program);
     if (!pid) return Error() << who << " is not running";
@@ -108,7 +109,7 @@ UpRequests::Answer UpRequests::hang(const Request& request) {
 UpRequests::Answer UpRequests::resume(const Request& request) {
     const std::string who = request.text("provider");
     const auto program = mDevice.programOf(who);
-    if (!program) return Error() << program.error().message();
+    if (!program) return unexpected(program.error());
     if (!mDevice.supervisor().isHung(*program)) return Error() << who << " is not hung";
     note(who, "resume");
     mDevice.supervisor().signal(*program, SIGCONT);
@@ -118,7 +119,7 @@ UpRequests::Answer UpRequests::resume(const Request& request) {
 UpRequests::Answer UpRequests::start(const Request& request) {
     const std::string who = request.text("provider");
     const auto program = mDevice.programOf(who);
-    if (!program) return Error() << program.error().message();
+    if (!program) return unexpected(program.error());
     if (mDevice.supervisor().isHung(*program)) return resume(request);
     if (mDevice.supervisor().isRunning(*program)) return Error() << who << " runs already";
     if (who == UpDevice::kServiceWord) {
@@ -126,7 +127,7 @@ UpRequests::Answer UpRequests::start(const Request& request) {
     }
     note(who, "start");
     const auto started = mDevice.startOnMainThread(who);
-    if (!started) return Error() << started.error().message();
+    if (!started) return unexpected(started.error());
     return didOf(who, "started");
 }
 
@@ -158,7 +159,7 @@ UpRequests::Answer UpRequests::plug(const Request& request, bool present) {
         return Error() << "nothing is plugged into the service; name a provider";
     }
     const auto program = mDevice.programOf(provider);
-    if (!program) return Error() << program.error().message();
+    if (!program) return unexpected(program.error());
     if (!mDevice.supervisor().isRunning(*program)) return Error() << provider << " is not running";
     if (mDevice.supervisor().isHung(*program)) {
         return Error() << provider << " is hung; camerasim start " << provider << " lets it go on";
@@ -166,7 +167,7 @@ UpRequests::Answer UpRequests::plug(const Request& request, bool present) {
     const auto control = mDevice.providers().controlOf(provider);
     if (control == nullptr) return Error() << provider << " is not ready yet; try again";
     const auto device = deviceOf(provider, control, request.text("device"));
-    if (!device) return Error() << device.error().message();
+    if (!device) return unexpected(device.error());
 
     const Status status = present ? Status::PRESENT : Status::NOT_PRESENT;
     note(provider, (present ? "plug " : "unplug ") + *device);

@@ -15,6 +15,7 @@ namespace orvo::simulator {
 
 using android::base::Error;
 using android::base::Result;
+using android::base::unexpected;
 using nlohmann::json;
 
 namespace {
@@ -130,7 +131,7 @@ Result<UpFramework::Client> UpRequests::clientFor(const std::string& name) const
 UpRequests::Answer UpRequests::open(const Request& request) {
     const std::string name = request.text("camera");
     const auto client = clientFor(name);
-    if (!client) return Error() << client.error().message();
+    if (!client) return unexpected(client.error());
     const bool hold = request.flag("hold");
     note(name, hold ? "open and hold" : "open");
     const auto facts = (*client)->readCamera(name);
@@ -165,7 +166,7 @@ UpRequests::Answer UpRequests::close(const Request& request) {
 UpRequests::Answer UpRequests::torch(const Request& request) {
     const std::string name = request.text("camera");
     const auto client = clientFor(name);
-    if (!client) return Error() << client.error().message();
+    if (!client) return unexpected(client.error());
     if (isVersion1(name)) return Error() << name << " is of version 1; only version 3 has a torch";
     const bool on = request.flag("on");
     note(name, on ? "torch on" : "torch off");

@@ -180,8 +180,8 @@ Result<std::string> UpDevice::programOf(const std::string& name) const {
         return Error() << name
                        << " is served by the camera provider service; name that: " << kServiceWord;
     }
-    std::string unknown;
-    if (!mFiles.knows(name, &unknown)) return Error() << unknown << ", " << kServiceWord;
+    const auto known = mFiles.checkKnown(name);
+    if (!known) return Error() << known.error() << ", " << kServiceWord;
     return Error() << name << " has no process: device.yaml describes none";
 }
 

@@ -101,9 +101,9 @@ void UpRequests::tellEvents(const Request& request, Reply& reply) {
 void UpRequests::waitFor(const Request& request, Reply& reply) {
     const auto condition = Condition::parse(request.members["condition"]);
     if (!condition) return reply.error(condition.error().message());
-    std::string unknown;
-    if (!condition->provider().empty() && !mDevice.files().knows(condition->provider(), &unknown)) {
-        return reply.error(unknown);
+    if (!condition->provider().empty()) {
+        const auto known = mDevice.files().checkKnown(condition->provider());
+        if (!known) return reply.error(known.error().message());
     }
     const double timeout = std::clamp(request.members["timeout"].get<double>(), 0.0, kLongestWait);
     const auto start = Clock::now();

@@ -15,6 +15,7 @@ namespace orvo::simulator {
 
 using android::base::Error;
 using android::base::Result;
+using android::base::unexpected;
 using nlohmann::json;
 using Question = std::function<bool(const ConditionFacts&)>;
 
@@ -114,7 +115,7 @@ Result<Condition> Condition::parse(const json& text) {
     } else if (text.is_object() && text.contains("cameras")) {
         question = aboutNumber(text["cameras"]);
     }
-    if (!question) return Error() << question.error().message();
+    if (!question) return unexpected(question.error());
     condition.mMet = *question;
     return condition;
 }

@@ -15,6 +15,7 @@ namespace orvo::simulator {
 
 using android::base::Error;
 using android::base::Result;
+using android::base::unexpected;
 
 namespace {
 
@@ -30,16 +31,14 @@ Result<DeviceFiles> DeviceFiles::read(const DeviceDescription& description) {
     DeviceFiles files;
     files.mDescription = description;
     orvo::VintfManifest manifest;
-    std::string mistake;
-    if (!manifest.addDirectory(description.vendorTree() + "/etc/vintf", &mistake)) {
-        return Error() << mistake;
-    }
+    const auto added = manifest.addDirectory(description.vendorTree() + "/etc/vintf");
+    if (!added) return unexpected(added.error());
     const std::vector<std::string> declared = manifest.instancesOf(kCameraProvider);
     files.mDeclared = {declared.begin(), declared.end()};
     const std::string mapFile = description.vendorTree() + "/etc/orvo_vendor_manifest.xml";
     if (access(mapFile.c_str(), F_OK) == 0) {
         auto map = ProviderMap::read(mapFile);
-        if (!map) return Error() << map.error().message();
+        if (!map) return unexpected(map.error());
         files.mMap = *map;
     }
     for (const std::string& instance : description.serviceInstances) files.addInstance(instance);
@@ -55,11 +54,10 @@ void DeviceFiles::addInstance(const std::string& instance) {
     if (!contains(mInstances, instance)) mInstances.push_back(instance);
 }
 
-bool DeviceFiles::knows(const std::string& instance, std::string* error) const {
-    if (contains(mInstances, instance)) return true;
-    *error = "there is no provider '" + instance + "'; there are " +
-             android::base::Join(mInstances, ", ");
-    return false;
+Result<void> DeviceFiles::checkKnown(const std::string& instance) const {
+    if (contains(mInstances, instance)) return {};
+    return Error() << "there is no provider '" << instance << "'; there are "
+                   << android::base::Join(mInstances, ", ");
 }
 
 bool DeviceFiles::isServed(const std::string& instance) const {

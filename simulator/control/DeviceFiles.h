@@ -30,8 +30,8 @@ class DeviceFiles {
     /** Every instance that any of the files names, each once: those that the service serves first,
      *  then provider processes, then the map's and the manifest's. */
     const std::vector<std::string>& instances() const { return mInstances; }
-    /** Whether an instance is one of those; `error` receives one line if not. */
-    bool knows(const std::string& instance, std::string* error) const;
+    /** An error, one line with all of them, if an instance is none of those. */
+    android::base::Result<void> checkKnown(const std::string& instance) const;
 
     bool isDeclared(const std::string& instance) const { return mDeclared.count(instance) != 0; }
     bool isServed(const std::string& instance) const;

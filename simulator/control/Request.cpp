@@ -14,6 +14,7 @@ namespace orvo::simulator {
 
 using android::base::Error;
 using android::base::Result;
+using android::base::unexpected;
 using nlohmann::json;
 
 namespace {
@@ -119,7 +120,7 @@ Result<Request> Request::parse(const std::string& line) {
     }
     for (const Member& member : members->second) {
         const auto taken = take(member, &request);
-        if (!taken) return Error() << taken.error().message();
+        if (!taken) return unexpected(taken.error());
     }
     return request;
 }

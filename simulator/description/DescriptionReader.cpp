@@ -28,14 +28,15 @@ std::string joined(const std::vector<std::string>& words) {
 }
 
 /** Strict: the whole text must be the number. */
-bool parseInteger(const std::string& text, int64_t* value) {
-    if (text.empty()) return false;
+std::optional<int64_t> parseInteger(const std::string& text) {
+    if (text.empty() || isspace(text[0])) return std::nullopt;
     const size_t digits = text[0] == '-' ? 1 : 0;
     const int base = text.compare(digits, 2, "0x") == 0 ? 16 : 10;
     char* end = nullptr;
     errno = 0;
-    *value = strtoll(text.c_str(), &end, base);
-    return errno == 0 && end == text.c_str() + text.size() && !isspace(text[0]);
+    const int64_t value = strtoll(text.c_str(), &end, base);
+    if (errno != 0 || end != text.c_str() + text.size()) return std::nullopt;
+    return value;
 }
 
 }  // namespace
@@ -132,11 +133,8 @@ int64_t DescriptionReader::number(const YAML::Node& map, const char* key, const 
 int64_t DescriptionReader::numberOf(const YAML::Node& scalar, const std::string& what, int64_t low,
                                     int64_t high) {
     if (mError) return low;
-    int64_t value = 0;
-    if (scalar.IsScalar() && parseInteger(scalar.Scalar(), &value) && value >= low &&
-        value <= high) {
-        return value;
-    }
+    const auto value = scalar.IsScalar() ? parseInteger(scalar.Scalar()) : std::nullopt;
+    if (value && *value >= low && *value <= high) return *value;
     const std::string found = scalar.IsScalar() ? "'" + scalar.Scalar() + "'" : "not a number";
     fail(scalar, what + " is " + found + "; write a number from " + std::to_string(low) + " to " +
                          std::to_string(high));

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstring>
 #include <sstream>
+#include <utility>
 
 using android::hardware::camera::common::V1_0::CameraMetadataType;
 
@@ -62,20 +63,18 @@ void printRationals(const std::vector<uint8_t>& bytes, std::ostream& out) {
     }
 }
 
-/** False if the entry does not lie inside the buffer. */
-bool unpackEntry(const uint8_t* data, const Header& header, const Entry& packed,
-                 MetadataEntry* entry) {
-    if (packed.type > static_cast<uint8_t>(CameraMetadataType::RATIONAL)) return false;
-    entry->tag = packed.tag;
-    entry->type = static_cast<CameraMetadataType>(packed.type);
-    const uint64_t bytes = uint64_t{packed.count} * metadataSizeOf(entry->type);
+/** Nothing if the entry does not lie inside the buffer. */
+std::optional<MetadataEntry> unpackEntry(const uint8_t* data, const Header& header,
+                                         const Entry& packed) {
+    if (packed.type > static_cast<uint8_t>(CameraMetadataType::RATIONAL)) return std::nullopt;
+    const auto type = static_cast<CameraMetadataType>(packed.type);
+    const uint64_t bytes = uint64_t{packed.count} * metadataSizeOf(type);
     const uint8_t* values = reinterpret_cast<const uint8_t*>(&packed.valueOrOffset);
     if (bytes > kInlineBytes) {
-        if (packed.valueOrOffset + bytes > header.dataCount) return false;
+        if (packed.valueOrOffset + bytes > header.dataCount) return std::nullopt;
         values = data + header.dataStart + packed.valueOrOffset;
     }
-    entry->bytes.assign(values, values + bytes);
-    return true;
+    return MetadataEntry{packed.tag, type, {values, values + bytes}};
 }
 
 bool isSound(const Header& header, size_t size) {
@@ -170,11 +169,14 @@ std::optional<std::vector<MetadataEntry>> unpackMetadata(const uint8_t* data, si
     if (data == nullptr || size < sizeof(header)) return std::nullopt;
     memcpy(&header, data, sizeof(header));
     if (!isSound(header, size)) return std::nullopt;
-    std::vector<MetadataEntry> entries(header.entryCount);
+    std::vector<MetadataEntry> entries;
+    entries.reserve(header.entryCount);
     for (uint32_t i = 0; i < header.entryCount; i++) {
         Entry packed;
         memcpy(&packed, data + header.entriesStart + i * sizeof(Entry), sizeof(packed));
-        if (!unpackEntry(data, header, packed, &entries[i])) return std::nullopt;
+        auto entry = unpackEntry(data, header, packed);
+        if (!entry) return std::nullopt;
+        entries.push_back(std::move(*entry));
     }
     return entries;
 }

@@ -66,8 +66,7 @@ std::set<std::string> replacements() {
 
 std::vector<std::string> declaredInstances() {
     VintfManifest manifest;
-    std::string error;
-    EXPECT_TRUE(manifest.addFile(kDevice / (kService + ".xml"), &error)) << error;
+    EXPECT_TRUE(manifest.addFile(kDevice / (kService + ".xml")));
     for (const std::string& instance : manifest.instancesOf(kInterface)) {
         EXPECT_EQ(manifest.transportOf(kInterface, instance), VintfManifest::Transport::HWBINDER);
     }

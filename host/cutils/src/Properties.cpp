@@ -49,9 +49,8 @@ void logOnce(const std::string& error) {
 }
 
 std::string storedValue(const char* key) {
-    std::string error;  // a reader is content with the default
-    PropertyStore* store = PropertyStore::ofThisDevice(&error);
-    return store == nullptr ? std::string() : store->get(key).value_or("");
+    const auto store = PropertyStore::ofThisDevice();
+    return store ? (*store)->get(key).value_or("") : "";  // a reader is content with the default
 }
 
 /** The integer at the start of the property's value, if it has one between the two limits. */
@@ -84,22 +83,20 @@ int property_set(const char* key, const char* value) {
     // Commands are for the process that starts services, which this platform does not have.
     if (orvo::isControlProperty(key)) return 0;
 
-    std::string error;
-    PropertyStore* store = PropertyStore::ofThisDevice(&error);
-    if (store == nullptr) {
-        logOnce("properties cannot be set: " + error);
+    const auto store = PropertyStore::ofThisDevice();
+    if (!store) {
+        logOnce("properties cannot be set: " + store.error().message());
         return -1;
     }
     const auto overwrite =
             readOnly ? PropertyStore::Overwrite::REFUSED : PropertyStore::Overwrite::ALLOWED;
-    return store->set(key, text, overwrite) ? 0 : -1;
+    return (*store)->set(key, text, overwrite) ? 0 : -1;
 }
 
 int property_list(void (*propfn)(const char* key, const char* value, void* cookie), void* cookie) {
-    std::string error;
-    PropertyStore* store = PropertyStore::ofThisDevice(&error);
-    if (store == nullptr) return -1;
-    const auto properties = store->list();
+    const auto store = PropertyStore::ofThisDevice();
+    if (!store) return -1;
+    const auto properties = (*store)->list();
     if (!properties) return -1;
     // A copy, so that the function may itself get and set properties.
     for (const auto& [name, text] : *properties) propfn(name.c_str(), text.c_str(), cookie);

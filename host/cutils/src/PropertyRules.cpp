@@ -5,6 +5,8 @@
 
 #include <stddef.h>
 
+#include <optional>
+
 namespace orvo {
 
 namespace {
@@ -26,21 +28,22 @@ struct Utf8Sequence {
     unsigned char highestSecond;
 };
 
-bool classifyFirstByte(unsigned char first, Utf8Sequence* sequence) {
+// Nothing for a byte that begins no character of several bytes.
+std::optional<Utf8Sequence> sequenceAfter(unsigned char first) {
     if (first >= 0xC2 && first <= 0xDF) {
-        *sequence = {1, 0x80, 0xBF};
-    } else if (first >= 0xE0 && first <= 0xEF) {
-        // E0 would be overlong below A0, ED would be a surrogate from A0 on.
-        *sequence = {2, static_cast<unsigned char>(first == 0xE0 ? 0xA0 : 0x80),
-                     static_cast<unsigned char>(first == 0xED ? 0x9F : 0xBF)};
-    } else if (first >= 0xF0 && first <= 0xF4) {
-        // F0 would be overlong below 90, F4 is beyond the last code point from 90 on.
-        *sequence = {3, static_cast<unsigned char>(first == 0xF0 ? 0x90 : 0x80),
-                     static_cast<unsigned char>(first == 0xF4 ? 0x8F : 0xBF)};
-    } else {
-        return false;
+        return Utf8Sequence{1, 0x80, 0xBF};
     }
-    return true;
+    if (first >= 0xE0 && first <= 0xEF) {
+        // E0 would be overlong below A0, ED would be a surrogate from A0 on.
+        return Utf8Sequence{2, static_cast<unsigned char>(first == 0xE0 ? 0xA0 : 0x80),
+                            static_cast<unsigned char>(first == 0xED ? 0x9F : 0xBF)};
+    }
+    if (first >= 0xF0 && first <= 0xF4) {
+        // F0 would be overlong below 90, F4 is beyond the last code point from 90 on.
+        return Utf8Sequence{3, static_cast<unsigned char>(first == 0xF0 ? 0x90 : 0x80),
+                            static_cast<unsigned char>(first == 0xF4 ? 0x8F : 0xBF)};
+    }
+    return std::nullopt;
 }
 
 }  // namespace
@@ -59,12 +62,11 @@ bool isValidUtf8(std::string_view text) {
     while (at < text.size()) {
         const auto first = static_cast<unsigned char>(text[at++]);
         if (first < 0x80) continue;
-        Utf8Sequence sequence;
-        if (!classifyFirstByte(first, &sequence)) return false;
-        if (text.size() - at < sequence.continuationBytes) return false;
-        unsigned char lowest = sequence.lowestSecond;
-        unsigned char highest = sequence.highestSecond;
-        for (size_t i = 0; i < sequence.continuationBytes; ++i, ++at) {
+        const auto sequence = sequenceAfter(first);
+        if (!sequence || text.size() - at < sequence->continuationBytes) return false;
+        unsigned char lowest = sequence->lowestSecond;
+        unsigned char highest = sequence->highestSecond;
+        for (size_t i = 0; i < sequence->continuationBytes; ++i, ++at) {
             const auto byte = static_cast<unsigned char>(text[at]);
             if (byte < lowest || byte > highest) return false;
             lowest = 0x80;

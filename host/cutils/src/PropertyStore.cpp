@@ -15,6 +15,10 @@
 
 namespace orvo {
 
+using android::base::Error;
+using android::base::Result;
+using android::base::unexpected;
+
 namespace {
 
 constexpr char kFileName[] = "/properties";
@@ -140,24 +144,23 @@ int put(MDB_env* environment, MDB_dbi table, std::string_view name, std::string_
 
 }  // namespace
 
-std::unique_ptr<PropertyStore> PropertyStore::open(const std::string& path, std::string* error) {
+Result<std::unique_ptr<PropertyStore>> PropertyStore::open(const std::string& path) {
     MDB_env* environment = nullptr;
     MDB_dbi table = 0;
     int result = mdb_env_create(&environment);
     if (result == 0) result = openEnvironment(environment, path.c_str(), &table);
     if (result == 0) return std::unique_ptr<PropertyStore>(new PropertyStore(environment, table));
 
-    *error = "cannot open the property store " + path + " (" + mdb_strerror(result) +
-             "); ORVO_DEVICE_DIR must name a writable directory of a device";
     if (environment != nullptr) mdb_env_close(environment);
-    return nullptr;
+    return Error() << "cannot open the property store " << path << " (" << mdb_strerror(result)
+                   << "); ORVO_DEVICE_DIR must name a writable directory of a device";
 }
 
-PropertyStore* PropertyStore::ofThisDevice(std::string* error) {
+Result<PropertyStore*> PropertyStore::ofThisDevice() {
     const char* directory = getenv("ORVO_DEVICE_DIR");
     if (directory == nullptr || *directory == '\0') {
-        *error = "there is no property store; set ORVO_DEVICE_DIR to the directory of a device";
-        return nullptr;
+        return Error() << "there is no property store; set ORVO_DEVICE_DIR to the directory of a "
+                          "device";
     }
     OpenedStores& stores = openedStores();
     static const int forkHandlers = handleForks();
@@ -166,7 +169,11 @@ PropertyStore* PropertyStore::ofThisDevice(std::string* error) {
     const std::string path = std::string(directory) + kFileName;
     MutexLock lock(stores.mutex);
     std::unique_ptr<PropertyStore>& store = stores.byPath[path];
-    if (store == nullptr) store = open(path, error);
+    if (store == nullptr) {
+        auto opened = open(path);
+        if (!opened) return unexpected(opened.error());
+        store = std::move(*opened);
+    }
     return store.get();
 }
 

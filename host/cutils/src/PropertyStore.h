@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include <android-base/result.h>
+
 struct MDB_env;
 
 namespace orvo {
@@ -30,10 +32,10 @@ class PropertyStore {
      * The store of the device that the environment variable ORVO_DEVICE_DIR names. Opened on first
      * use, created if necessary, kept open for the life of the process.
      *
-     * @param error receives one line that says what to do if the answer is null.
-     * @return null if the variable is unset or its directory cannot be used; tried anew each time.
+     * @return never null; an error, one line that says what to do, if the variable is unset or its
+     *         directory cannot be used. Tried anew each time.
      */
-    static PropertyStore* ofThisDevice(std::string* error);
+    static android::base::Result<PropertyStore*> ofThisDevice();
 
     /** What may become of an existing value. */
     enum class Overwrite { ALLOWED, REFUSED };
@@ -51,7 +53,7 @@ class PropertyStore {
   private:
     explicit PropertyStore(MDB_env* environment, unsigned int table)
         : mEnvironment(environment), mTable(table) {}
-    static std::unique_ptr<PropertyStore> open(const std::string& path, std::string* error);
+    static android::base::Result<std::unique_ptr<PropertyStore>> open(const std::string& path);
 
     // Both are set once; the library below does its own locking. The environment is never closed:
     // closing it would take this process's file lock away from under concurrent users.

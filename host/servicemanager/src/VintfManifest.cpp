@@ -5,7 +5,6 @@
 
 #include <string.h>
 
-#include <algorithm>
 #include <charconv>
 #include <fstream>
 #include <set>
@@ -14,12 +13,17 @@
 
 namespace orvo {
 
+using android::base::Error;
+using android::base::Result;
+
 namespace {
 
-bool parseNumber(std::string_view text, uint32_t* number) {
+std::optional<uint32_t> parseNumber(std::string_view text) {
     const char* const end = text.data() + text.size();
-    const auto [stopped, error] = std::from_chars(text.data(), end, *number);
-    return error == std::errc() && stopped == end;
+    uint32_t number = 0;
+    const auto [stopped, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stopped != end) return std::nullopt;
+    return number;
 }
 
 bool isIdentifier(std::string_view text, bool dotsAllowed) {
@@ -43,18 +47,17 @@ std::optional<InterfaceName> InterfaceName::parse(std::string_view text) {
     const size_t dot = version.find('.');
     if (dot == std::string_view::npos) return std::nullopt;
 
-    InterfaceName name;
-    name.package = text.substr(0, at);
-    name.interface = text.substr(colons + 2);
-    if (!parseNumber(version.substr(0, dot), &name.major)) return std::nullopt;
-    if (!parseNumber(version.substr(dot + 1), &name.minor)) return std::nullopt;
-    if (!isIdentifier(name.package, true) || !isIdentifier(name.interface, false)) {
+    const std::string package(text.substr(0, at));
+    const std::string interface(text.substr(colons + 2));
+    const auto major = parseNumber(version.substr(0, dot));
+    const auto minor = parseNumber(version.substr(dot + 1));
+    if (!major || !minor || !isIdentifier(package, true) || !isIdentifier(interface, false)) {
         return std::nullopt;
     }
-    return name;
+    return InterfaceName{package, *major, *minor, interface};
 }
 
-bool VintfManifest::addFile(const std::filesystem::path& file, std::string* error) {
+Result<void> VintfManifest::addFile(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     std::ostringstream text;
     // A directory opens, and fails only when it is read.
@@ -63,16 +66,15 @@ bool VintfManifest::addFile(const std::filesystem::path& file, std::string* erro
         const bool exists = std::filesystem::exists(file, code);
         const bool empty = exists && std::filesystem::is_regular_file(file, code) &&
                            std::filesystem::file_size(file, code) == 0;
-        *error = file.string() + ": " +
-                 (empty    ? "is empty; a manifest has a <manifest> element"
-                  : exists ? "cannot be read; name a readable manifest file"
-                           : "does not exist; name an existing manifest file");
-        return false;
+        return Error() << file.string() << ": "
+                       << (empty    ? "is empty; a manifest has a <manifest> element"
+                           : exists ? "cannot be read; name a readable manifest file"
+                                    : "does not exist; name an existing manifest file");
     }
-    return addText(text.str(), file.string(), error);
+    return addText(text.str(), file.string());
 }
 
-bool VintfManifest::addDirectory(const std::filesystem::path& directory, std::string* error) {
+Result<void> VintfManifest::addDirectory(const std::filesystem::path& directory) {
     std::vector<std::filesystem::path> files;
     std::error_code code;
     const std::filesystem::path chief = directory / "manifest.xml";
@@ -83,8 +85,10 @@ bool VintfManifest::addDirectory(const std::filesystem::path& directory, std::st
         if (entry.path().extension() == ".xml") fragments.insert(entry.path());
     }
     files.insert(files.end(), fragments.begin(), fragments.end());
-    return std::all_of(files.begin(), files.end(),
-                       [&](const auto& file) { return addFile(file, error); });
+    for (const std::filesystem::path& file : files) {
+        if (const auto added = addFile(file); !added) return added;
+    }
+    return {};
 }
 
 bool VintfManifest::declare(const InterfaceName& name, const std::string& instance,

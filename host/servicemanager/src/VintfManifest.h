@@ -13,6 +13,8 @@
 #include <tuple>
 #include <vector>
 
+#include <android-base/result.h>
+
 namespace orvo {
 
 /** An interface name in parts: "a.b@2.4::IFoo". */
@@ -40,20 +42,19 @@ class VintfManifest {
     /**
      * Adds what a file declares.
      *
-     * @param error on failure receives one line: file, line, column, what is wrong, what to do.
-     * @return false if the file cannot be read or is malformed; what came before the error may have
-     *         been added.
+     * @return an error if the file cannot be read or is malformed, one line: file, line, column,
+     *         what is wrong, what to do. What came before it may have been added.
      */
-    bool addFile(const std::filesystem::path& file, std::string* error);
+    android::base::Result<void> addFile(const std::filesystem::path& file);
 
     /**
      * Adds a device's own files: `manifest.xml` in the directory, then `manifest/<any>.xml` sorted
      * by name. Files that do not exist declare nothing.
      */
-    bool addDirectory(const std::filesystem::path& directory, std::string* error);
+    android::base::Result<void> addDirectory(const std::filesystem::path& directory);
 
     /** As addFile, with the text of a file and a name for error lines. */
-    bool addText(const std::string& text, const std::string& name, std::string* error);
+    android::base::Result<void> addText(const std::string& text, const std::string& name);
 
     /** How an instance serves; nothing if it is not declared or fqName is no interface name.
      *  Framework manifests are asked before device manifests. */

@@ -12,6 +12,10 @@
 
 namespace orvo {
 
+using android::base::Result;
+using android::base::ResultError;
+using android::base::unexpected;
+
 namespace {
 
 using Transport = VintfManifest::Transport;
@@ -34,14 +38,13 @@ std::string onOneLine(std::string text) {
     return text;
 }
 
-/** Reads one file. Every read... answers false after it has written the error line. */
+/** Reads one file. */
 class Reader {
   public:
-    Reader(const std::string& text, const std::string& name, VintfManifest* manifest,
-           std::string* error)
-        : mText(text), mName(name), mManifest(manifest), mError(error) {}
+    Reader(const std::string& text, const std::string& name, VintfManifest* manifest)
+        : mText(text), mName(name), mManifest(manifest) {}
 
-    bool read() {
+    Result<void> read() {
         pugi::xml_document document;
         const pugi::xml_parse_result result =
                 document.load_buffer(mText.data(), mText.size(), pugi::parse_default);
@@ -60,7 +63,7 @@ class Reader {
         std::vector<std::string> versions;
     };
 
-    bool readManifest(const pugi::xml_node& root) {
+    Result<void> readManifest(const pugi::xml_node& root) {
         if (std::string_view(root.name()) != "manifest") {
             return fail(root, std::string("the root element is <") + root.name() +
                                       ">; it must be <manifest>");
@@ -75,21 +78,24 @@ class Reader {
                                       "\"; use type=\"device\" or type=\"framework\"");
         }
         mByFramework = type == "framework";
-        const auto hals = root.children("hal");
-        return std::all_of(hals.begin(), hals.end(),
-                           [this](const pugi::xml_node& hal) { return readHal(hal); });
+        for (const pugi::xml_node& hal : root.children("hal")) {
+            if (const auto read = readHal(hal); !read) return read;
+        }
+        return {};
     }
 
-    bool readHal(const pugi::xml_node& node) {
+    Result<void> readHal(const pugi::xml_node& node) {
         // Services of other kinds are none of this service manager's.
-        if (std::string_view(node.attribute("format").as_string("hidl")) != "hidl") return true;
+        if (std::string_view(node.attribute("format").as_string("hidl")) != "hidl") return {};
 
         Hal hal;
         hal.package = textOf(node.child("name"));
         if (hal.package.empty()) {
             return fail(node, "<hal> without a <name>; name the package, such as a.b.c");
         }
-        if (!readTransport(node, &hal.transport)) return false;
+        const auto transport = readTransport(node);
+        if (!transport) return unexpected(transport.error());
+        hal.transport = *transport;
         for (const pugi::xml_node& version : node.children("version")) {
             hal.versions.push_back(textOf(version));
             if (!parse(hal.package, hal.versions.back(), "I")) {
@@ -98,29 +104,24 @@ class Reader {
             }
         }
         for (const pugi::xml_node& interface : node.children("interface")) {
-            if (!readInterface(interface, hal)) return false;
+            if (const auto read = readInterface(interface, hal); !read) return read;
         }
         for (const pugi::xml_node& fqname : node.children("fqname")) {
-            if (!readFqName(fqname, hal)) return false;
+            if (const auto read = readFqName(fqname, hal); !read) return read;
         }
-        return true;
+        return {};
     }
 
-    bool readTransport(const pugi::xml_node& hal, Transport* transport) {
+    Result<Transport> readTransport(const pugi::xml_node& hal) {
         const pugi::xml_node node = hal.child("transport");
         const std::string text = textOf(node);
-        if (text == "hwbinder") {
-            *transport = Transport::HWBINDER;
-        } else if (text == "passthrough") {
-            *transport = Transport::PASSTHROUGH;
-        } else {
-            return fail(node ? node : hal, "unknown transport \"" + text +
-                                                   "\"; <transport> is hwbinder or passthrough");
-        }
-        return true;
+        if (text == "hwbinder") return Transport::HWBINDER;
+        if (text == "passthrough") return Transport::PASSTHROUGH;
+        return fail(node ? node : hal,
+                    "unknown transport \"" + text + "\"; <transport> is hwbinder or passthrough");
     }
 
-    bool readInterface(const pugi::xml_node& node, const Hal& hal) {
+    Result<void> readInterface(const pugi::xml_node& node, const Hal& hal) {
         const std::string interface = textOf(node.child("name"));
         if (hal.versions.empty()) {
             return fail(node, "<interface> in a <hal> without a <version>; add one such as 2.4");
@@ -132,13 +133,14 @@ class Reader {
                                           "\" is no interface name; <name> is one such as IFoo");
             }
             for (const pugi::xml_node& instance : node.children("instance")) {
-                if (!declare(instance, *name, textOf(instance), hal)) return false;
+                const auto declared = declare(instance, *name, textOf(instance), hal);
+                if (!declared) return declared;
             }
         }
-        return true;
+        return {};
     }
 
-    bool readFqName(const pugi::xml_node& node, const Hal& hal) {
+    Result<void> readFqName(const pugi::xml_node& node, const Hal& hal) {
         const std::string text = textOf(node);
         const size_t slash = text.find('/');
         // The package comes from <name>, so the text begins with the version.
@@ -153,10 +155,10 @@ class Reader {
         return declare(node, *name, text.substr(slash + 1), hal);
     }
 
-    bool declare(const pugi::xml_node& node, const InterfaceName& name, const std::string& instance,
-                 const Hal& hal) {
+    Result<void> declare(const pugi::xml_node& node, const InterfaceName& name,
+                         const std::string& instance, const Hal& hal) {
         if (instance.empty()) return fail(node, "empty instance name; give one such as default");
-        if (mManifest->declare(name, instance, hal.transport, mByFramework)) return true;
+        if (mManifest->declare(name, instance, hal.transport, mByFramework)) return {};
         return fail(node, "instance \"" + instance + "\" of " + name.interface +
                                   " is declared with two transports; remove one");
     }
@@ -167,31 +169,30 @@ class Reader {
         return InterfaceName::parse(package + "@" + version + "::" + interface);
     }
 
-    bool fail(const pugi::xml_node& node, const std::string& problem) {
+    ResultError fail(const pugi::xml_node& node, const std::string& problem) const {
         return fail(node.offset_debug(), problem);
     }
 
-    bool fail(ptrdiff_t offset, const std::string& problem) {
+    ResultError fail(ptrdiff_t offset, const std::string& problem) const {
         const size_t end =
                 std::min(mText.size(), static_cast<size_t>(std::max<ptrdiff_t>(offset, 0)));
         const auto line = 1 + std::count(mText.begin(), mText.begin() + end, '\n');
         const size_t lineStart = end == 0 ? 0 : mText.rfind('\n', end - 1) + 1;
-        *mError = mName + ":" + std::to_string(line) + ":" + std::to_string(end - lineStart + 1) +
-                  ": " + onOneLine(problem);
-        return false;
+        return {mName + ":" + std::to_string(line) + ":" + std::to_string(end - lineStart + 1) +
+                        ": " + onOneLine(problem),
+                0 /* no errno */};
     }
 
     const std::string& mText;
     const std::string& mName;
     VintfManifest* const mManifest;
-    std::string* const mError;
     bool mByFramework = false;
 };
 
 }  // namespace
 
-bool VintfManifest::addText(const std::string& text, const std::string& name, std::string* error) {
-    return Reader(text, name, this, error).read();
+Result<void> VintfManifest::addText(const std::string& text, const std::string& name) {
+    return Reader(text, name, this).read();
 }
 
 }  // namespace orvo

@@ -8,7 +8,6 @@
 #include <stdlib.h>
 
 #include <filesystem>
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,6 +22,8 @@
 #include "VintfManifest.h"
 
 using android::sp;
+using android::base::Result;
+using android::base::unexpected;
 using android::hardware::IPCThreadState;
 using android::hardware::ProcessState;
 using orvo::HwServiceManager;
@@ -66,12 +67,14 @@ std::vector<std::string> manifestsOrLeave(int argc, char** argv) {
     return files;
 }
 
-std::optional<VintfManifest> readManifest(const std::vector<std::string>& files,
-                                          std::string* error) {
+Result<VintfManifest> readManifest(const std::vector<std::string>& files) {
     VintfManifest manifest;
-    if (files.empty() && !manifest.addDirectory(kVintfDirectory, error)) return std::nullopt;
+    if (files.empty()) {
+        if (const auto added = manifest.addDirectory(kVintfDirectory); !added)
+            return unexpected(added.error());
+    }
     for (const std::string& file : files) {
-        if (!manifest.addFile(file, error)) return std::nullopt;
+        if (const auto added = manifest.addFile(file); !added) return unexpected(added.error());
     }
     return manifest;
 }
@@ -101,9 +104,8 @@ bool serve(VintfManifest manifest) {
 int main(int argc, char** argv) {
     const std::vector<std::string> files = manifestsOrLeave(argc, argv);
 
-    std::string error;
-    std::optional<VintfManifest> manifest = readManifest(files, &error);
-    if (!manifest) return fail(error);
+    Result<VintfManifest> manifest = readManifest(files);
+    if (!manifest) return fail(manifest.error().message());
 
     // Before there is a second thread: threads inherit what their maker has blocked.
     const sigset_t signals = endingSignals();

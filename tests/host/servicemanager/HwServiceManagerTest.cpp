@@ -34,8 +34,7 @@ constexpr char kManifest[] = R"(<manifest version="1.0" type="device">
 
 VintfManifest manifest() {
     VintfManifest read;
-    std::string error;
-    EXPECT_TRUE(read.addText(kManifest, "m.xml", &error)) << error;
+    EXPECT_TRUE(read.addText(kManifest, "m.xml"));
     return read;
 }
 

@@ -32,17 +32,21 @@ std::string halOf(const std::string& elements) {
                         elements + "\n</hal>");
 }
 
+/** Empty if there is no error. */
+std::string messageOf(const android::base::Result<void>& result) {
+    return result ? "" : result.error().message();
+}
+
 VintfManifest parsed(const std::string& text) {
     VintfManifest manifest;
-    std::string error;
-    EXPECT_TRUE(manifest.addText(text, "m.xml", &error)) << error;
+    EXPECT_EQ("", messageOf(manifest.addText(text, "m.xml")));
     return manifest;
 }
 
 std::string errorOf(const std::string& text) {
     VintfManifest manifest;
-    std::string error;
-    EXPECT_FALSE(manifest.addText(text, "m.xml", &error));
+    const std::string error = messageOf(manifest.addText(text, "m.xml"));
+    EXPECT_NE("", error);
     EXPECT_EQ(std::string::npos, error.find('\n')) << error;
     return error;
 }
@@ -126,12 +130,10 @@ TEST(VintfManifestTest, PassthroughIsTheOtherTransport) {
 
 TEST(VintfManifestTest, TheFrameworkIsAskedBeforeTheDevice) {
     VintfManifest manifest = parsed(halOf("<fqname>@1.0::IFoo/x</fqname>"));
-    std::string error;
     ASSERT_TRUE(manifest.addText(R"(<manifest version="2.0" type="framework">
         <hal format="hidl"><name>a.b</name><transport>passthrough</transport>
         <fqname>@1.0::IFoo/x</fqname><fqname>@1.0::IFoo/y</fqname></hal></manifest>)",
-                                 "framework.xml", &error))
-            << error;
+                                 "framework.xml"));
     EXPECT_EQ(Transport::PASSTHROUGH, manifest.transportOf("a.b@1.0::IFoo", "x"));
     EXPECT_THAT(manifest.instancesOf("a.b@1.0::IFoo"), ElementsAre("x", "y"));
 }
@@ -240,17 +242,16 @@ class ManifestFilesTest : public ::testing::Test {
 
     const testing::TemporaryDevice mDevice;
     VintfManifest mManifest;
-    std::string mError;
 };
 
 TEST_F(ManifestFilesTest, AFileThatCannotBeReadIsNamed) {
-    EXPECT_FALSE(mManifest.addFile(pathOf("none.xml"), &mError));
-    EXPECT_EQ(pathOf("none.xml") + ": does not exist; name an existing manifest file", mError);
+    EXPECT_EQ(pathOf("none.xml") + ": does not exist; name an existing manifest file",
+              messageOf(mManifest.addFile(pathOf("none.xml"))));
     write("empty.xml", "");
-    EXPECT_FALSE(mManifest.addFile(pathOf("empty.xml"), &mError));
-    EXPECT_EQ(pathOf("empty.xml") + ": is empty; a manifest has a <manifest> element", mError);
-    EXPECT_FALSE(mManifest.addFile(mDevice.path(), &mError));
-    EXPECT_EQ(mDevice.path().string() + ": cannot be read; name a readable manifest file", mError);
+    EXPECT_EQ(pathOf("empty.xml") + ": is empty; a manifest has a <manifest> element",
+              messageOf(mManifest.addFile(pathOf("empty.xml"))));
+    EXPECT_EQ(mDevice.path().string() + ": cannot be read; name a readable manifest file",
+              messageOf(mManifest.addFile(mDevice.path())));
 }
 
 TEST_F(ManifestFilesTest, ADirectoryIsItsManifestAndItsFragments) {
@@ -258,21 +259,21 @@ TEST_F(ManifestFilesTest, ADirectoryIsItsManifestAndItsFragments) {
     write("manifest/a.xml", halOf("<fqname>@1.0::IFoo/a</fqname>"));
     write("manifest/b.xml", halOf("<fqname>@1.0::IFoo/b</fqname>"));
     write("manifest/readme.txt", "not XML");
-    ASSERT_TRUE(mManifest.addDirectory(mDevice.path(), &mError)) << mError;
+    ASSERT_EQ("", messageOf(mManifest.addDirectory(mDevice.path())));
     EXPECT_THAT(mManifest.instancesOf("a.b@1.0::IFoo"), ElementsAre("a", "b", "main"));
 }
 
 TEST_F(ManifestFilesTest, ADirectoryWithoutManifestsDeclaresNothing) {
-    EXPECT_TRUE(mManifest.addDirectory(mDevice.path(), &mError)) << mError;
-    EXPECT_TRUE(mManifest.addDirectory(pathOf("missing"), &mError)) << mError;
+    EXPECT_EQ("", messageOf(mManifest.addDirectory(mDevice.path())));
+    EXPECT_EQ("", messageOf(mManifest.addDirectory(pathOf("missing"))));
     EXPECT_THAT(mManifest.instancesOf("a.b@1.0::IFoo"), IsEmpty());
 }
 
 TEST_F(ManifestFilesTest, AMalformedFragmentIsNamed) {
     write("manifest.xml", halOf(""));
     write("manifest/a.xml", "<manifest version=\"1.0\">");
-    EXPECT_FALSE(mManifest.addDirectory(mDevice.path(), &mError));
-    EXPECT_THAT(mError, StartsWith(pathOf("manifest/a.xml") + ":1:"));
+    EXPECT_THAT(messageOf(mManifest.addDirectory(mDevice.path())),
+                StartsWith(pathOf("manifest/a.xml") + ":1:"));
 }
 
 }  // namespace

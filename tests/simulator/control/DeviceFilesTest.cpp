@@ -65,13 +65,13 @@ TEST_F(DeviceFilesTest, OneThatOnlyTheMapOrTheManifestNamesIsThereToo) {
 TEST_F(DeviceFilesTest, AnUnknownNameIsAnsweredWithTheKnownOnes) {
     const auto files = read();
     ASSERT_TRUE(files);
-    std::string error;
-    EXPECT_TRUE(files->knows("virtual/0", &error));
-    EXPECT_FALSE(files->knows("virtual/1", &error));
+    EXPECT_TRUE(files->checkKnown("virtual/0"));
+    const auto unknown = files->checkKnown("virtual/1");
+    ASSERT_FALSE(unknown);
     EXPECT_EQ(
             "there is no provider 'virtual/1'; there are legacy/0, default/0, external/0,"
             " virtual/0",
-            error);
+            unknown.error().message());
 }
 
 TEST_F(DeviceFilesTest, AMapThatIsNotThereIsAnEmptyOne) {

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+// What can happen when things happen at once is what the list of exceptions says, and the explorer
+// finds what it is there for.
+
+#include <gtest/gtest.h>
+
+#include <iostream>
+
+#include "tests/interleavings/Exceptions.h"
+#include "tests/interleavings/Faults.h"
+
+namespace orvo::interleavings {
+namespace {
+
+TEST(InterleavingsTest, EveryTwoOperationsDoWhatSomeOrderOfThemDoesOrWhatTheListSays) {
+    runOnOneProcessor();
+    Findings findings;
+    for (const Scenario& scenario : scenariosOf(2))
+        findings.add(scenario, explore(scenario, {300}));
+    for (const std::string& broken : findings.broken) ADD_FAILURE() << broken;
+    for (const KnownException& known : knownExceptions()) {
+        EXPECT_EQ(findings.seen.count(known.title), 1u) << known.title << ": does not occur";
+    }
+    std::cout << findings.orders << " orders of " << findings.scenarios << " scenarios in "
+              << findings.seconds << " s\n";
+}
+
+TEST(InterleavingsTest, WhatIsLeftOutIsTheSame) {
+    runOnOneProcessor();
+    for (const char* const text : {"1cp *01 B", "1cp B N", "1 +01 N", "1cp L B", "1c *01 T"}) {
+        const Scenario scenario = *Scenario::fromText(text);
+        const Exploration reduced = explore(scenario, {});
+        EXPECT_TRUE(reduced.all);
+        EXPECT_EQ(outcomesOfAllOrders(scenario), reduced.outcomes) << text;
+    }
+}
+
+TEST(InterleavingsTest, AnOrderCanBeReplayed) {
+    const Scenario scenario = *Scenario::fromText("1cp +01 -01 D0");
+    for (const auto& [outcome, exception] : explore(scenario, {}).exceptions) {
+        const auto again = replay(scenario, exception.run.order());
+        EXPECT_EQ(again.outcome, outcome);
+        EXPECT_EQ(again.order(), exception.run.order());
+    }
+}
+
+struct Planted {
+    Fault fault;
+    const char* scenario;
+    const char* finding;
+};
+
+class PlantedFaultTest : public ::testing::TestWithParam<Planted> {
+  protected:
+    ~PlantedFaultTest() override { gFault = Fault::kNone; }
+
+    static Findings explored(const char* text) {
+        const Scenario scenario = *Scenario::fromText(text);
+        Findings findings;
+        findings.add(scenario, explore(scenario, {}));
+        return findings;
+    }
+};
+
+TEST_P(PlantedFaultTest, IsFoundAndNothingIsFoundWithoutIt) {
+    runOnOneProcessor();
+    EXPECT_TRUE(explored(GetParam().scenario).broken.empty());
+    gFault = GetParam().fault;
+    const std::vector<std::string> broken = explored(GetParam().scenario).broken;
+    ASSERT_FALSE(broken.empty());
+    EXPECT_NE(broken.front().find(GetParam().finding), std::string::npos);
+    std::cout << broken.front() << "\n";
+}
+
+INSTANTIATE_TEST_SUITE_P(
+        , PlantedFaultTest,
+        ::testing::Values(
+                Planted{Fault::kNoLock, "1cp +01 -01",
+                        "changes the active devices without the lock"},
+                Planted{Fault::kLockHeldDuringCall, "1c +01 *01", "calls outside under the lock"},
+                Planted{Fault::kToldBeforeRecorded, "1cp +01 -01", "not in the list: report"},
+                Planted{Fault::kReferenceDropped, "1c *01 B", "uses a reference of nobody"},
+                Planted{Fault::kThreadNotDetached, "1c D0", "a thread is left"},
+                Planted{Fault::kAnsweredTwice, "1c T", "was given 2 times"},
+                Planted{Fault::kLockTakenTwice, "1c +01 *01", "a deadlock"}));
+
+}  // namespace
+}  // namespace orvo::interleavings

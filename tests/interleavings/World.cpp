@@ -1,0 +1,440 @@
+// SPDX-License-Identifier: Apache-2.0
+// Sets a run up, performs its operations and says what came of it.
+
+#include "tests/interleavings/World.h"
+
+#include <stdlib.h>
+
+#include <algorithm>
+#include <functional>
+#include <utility>
+
+#include "tests/interleavings/Faults.h"
+#include "tests/interleavings/Peers.h"
+
+namespace orvo::interleavings {
+
+using android::sp;
+using android::wp;
+using android::hardware::hidl_string;
+using android::hardware::hidl_vec;
+using android::hardware::Return;
+using android::hardware::camera::common::V1_0::CameraDeviceStatus;
+using android::hardware::camera::common::V1_0::Status;
+using android::hardware::camera::common::V1_0::TorchModeStatus;
+using android::hardware::camera::provider::V2_4::implementation::HIDL_FETCH_ICameraProvider;
+using android::hardware::camera::provider::V2_4::implementation::ServiceInteractionProxy;
+
+namespace {
+
+World* gCurrent = nullptr;
+
+constexpr char kInstance[] = "legacy/0";
+
+// One bit for each thing that has one; names share what is left.
+constexpr Cells kCallbackCell = 1;
+constexpr Cells providerCell(int number) {
+    return Cells{1} << (1 + number);
+}
+constexpr Cells shimCell(int number) {
+    return Cells{1} << (5 + number);
+}
+constexpr Cells processCell(int number) {
+    return Cells{1} << (9 + number);
+}
+constexpr Cells kEndCell = Cells{1} << 13;
+constexpr int kFirstPropertyCell = 20;
+constexpr int kFirstCameraCell = 32;
+constexpr Cells kOutsideCells = ~Cells{0} << kFirstPropertyCell;
+constexpr Cells kCameraCells = ~Cells{0} << kFirstCameraCell;
+
+// The service manager.
+class Proxy : public ServiceInteractionProxy {
+  public:
+    explicit Proxy(std::vector<hidl_string> names) : mNames(std::move(names)) {}
+
+    bool registerForNotifications(
+            const std::string&,
+            const sp<android::hidl::manager::V1_0::IServiceNotification>&) override {
+        return false;
+    }
+
+    sp<ICameraProvider> getService(const std::string& name) override {
+        World& world = *World::current();
+        ProviderProcess& process = world.process(name);
+        Step call;
+        call.kind = "look up";
+        call.detail = name;
+        call.writes = process.cell;
+        world.machine().before(call);
+        if (!process.alive && process.failures > 0) {
+            --process.failures;
+        } else if (!process.alive) {
+            process.alive = true;
+            process.registered = false;
+            ++process.generation;
+            process.service = new Peer(process, process.generation);
+        }
+        const sp<ICameraProvider> service = process.service;
+        world.machine().after();
+        return service;
+    }
+
+    hidl_vec<hidl_string> listServices() override {
+        World::current()->machine().pass("list services", "");
+        return mNames;
+    }
+
+  private:
+    const std::vector<hidl_string> mNames;
+};
+
+class Mapper : public orvo::camera::IProviderMapper {
+  public:
+    explicit Mapper(std::vector<std::string> names) : mNames(std::move(names)) {}
+    bool loadMapFromFile(const char*) override { return true; }
+    std::vector<std::string> getReplacementProviderNames(const char*) override { return mNames; }
+
+  private:
+    const std::vector<std::string> mNames;
+};
+
+std::string frameworkName(const Operation& operation) {
+    return "device@3.2/legacy/" + std::to_string(operation.camera);
+}
+
+std::string generationOf(const ICameraProvider* peer) {
+    if (peer == nullptr) return "none";
+    return std::to_string(static_cast<const Peer*>(peer)->generation());
+}
+
+}  // namespace
+
+World* World::current() {
+    return gCurrent;
+}
+
+Cells World::cameraCell(const std::string& name) {
+    return Cells{1} << (kFirstCameraCell + std::hash<std::string>()(name) % 32);
+}
+
+Cells World::propertyCell(const std::string& name) {
+    return Cells{1} << (kFirstPropertyCell + std::hash<std::string>()(name) % 12);
+}
+
+World::World(const Scenario& scenario, Machine& machine) : mScenario(scenario), mMachine(machine) {
+    gCurrent = this;
+    forgetMrLibrary();
+    std::vector<std::string> names;
+    for (int number = 0; number < scenario.providers; ++number) {
+        names.push_back(scenario.provider(number));
+        ProviderProcess& process = mProcesses[names.back()];
+        process.name = names.back();
+        process.cell = processCell(number);
+        process.shimCell = shimCell(number);
+    }
+    mProxy = std::make_shared<Proxy>(std::vector<hidl_string>(names.begin(), names.end()));
+    mMapper = std::make_shared<Mapper>(names);
+    mObject = makeObject(kInstance, mProxy, mMapper);
+    mObject->initialize();
+    mMrProvider = new Peer(mProcesses["default/0"], 1);
+    for (const Operation& operation : scenario.operations) mTold[frameworkName(operation)];
+    if (scenario.callback) mObject->setCallback(makeFramework(1));
+    if (scenario.present) {
+        mObject->cameraDeviceStatusChange(scenario.device({'+', 0, 1}),
+                                          CameraDeviceStatus::PRESENT);
+    }
+    mLogs.clear();
+    for (auto& [name, process] : mProcesses) process.failures = scenario.failures;
+
+    changes();
+    machine.changes = [this] { return changes(); };
+    machine.describe = [this](int parent, std::string& kind, std::string& name, Cells& members) {
+        const Operation& death = mScenario.operations[parent % kMostOperations];
+        kind = "reconnection";
+        name = kind + " of " + mMachine.name(parent % kMostOperations);
+        members = providerCell(death.provider) | shimCell(death.provider);
+    };
+    for (const Operation& operation : mScenario.operations) addOperation(operation);
+}
+
+World::~World() {
+    gCurrent = nullptr;
+}
+
+void World::addOperation(const Operation& operation) {
+    std::function<bool()> ready;
+    Cells watched = 0;
+    if (operation.what == 'E' || operation.what == '^') {
+        ready = [this, &operation] { return isReady(operation); };
+        watched = processCell(operation.provider);
+    }
+    size_t earlier = 0;
+    const auto& all = mScenario.operations;
+    for (const Operation& other : all) {
+        if (&other < &operation && other.text() == operation.text()) ++earlier;
+    }
+    const std::string name = operation.text() + std::string(earlier, '\'');
+    mMachine.add(
+            operation.kind(), name, members(operation), [this, &operation] { perform(operation); },
+            ready, watched);
+}
+
+Cells World::members(const Operation& operation) const {
+    Cells all = 0;
+    for (int number = 0; number < mScenario.providers; ++number) {
+        if (operation.what == 'V') all |= providerCell(number);
+        if (operation.kind() == "list" || operation.kind() == "torch support" ||
+            operation.kind() == "interface" || operation.kind() == "setCallback") {
+            all |= shimCell(number);
+        }
+    }
+    if (operation.kind() == "death") {
+        all = providerCell(operation.provider) | kCallbackCell;
+    }
+    if (operation.kind() == "setCallback" || operation.kind() == "torch" ||
+        operation.kind() == "report") {
+        all |= kCallbackCell;
+    }
+    return all;
+}
+
+bool World::isReady(const Operation& operation) const {
+    const ProviderProcess& process = mProcesses.at(mScenario.provider(operation.provider));
+    return process.alive && process.generation > 1 && (operation.what == 'E' || process.registered);
+}
+
+void World::perform(const Operation& operation) {
+    const std::string kind = operation.kind();
+    if (kind == "report") return report(operation);
+    if (kind == "torch") {
+        mObject->torchModeStatusChange(mScenario.device(operation), TorchModeStatus::AVAILABLE_ON);
+        return;
+    }
+    if (kind == "setCallback") {
+        return setCallback(operation.what == 'B' ? makeFramework(2) : nullptr);
+    }
+    if (kind == "death") return die(process(mScenario.provider(operation.provider)));
+    if (kind == "load default/0" || kind == "load legacy/0") return load(operation);
+    ask(operation);
+}
+
+void World::report(const Operation& operation) {
+    CameraDeviceStatus status = CameraDeviceStatus::PRESENT;
+    if (operation.what == '-') status = CameraDeviceStatus::NOT_PRESENT;
+    if (operation.what == '~') status = CameraDeviceStatus::ENUMERATING;
+    mObject->cameraDeviceStatusChange(mScenario.device(operation), status);
+}
+
+sp<Framework> World::makeFramework(int number) {
+    const sp<Framework> framework = new Framework(number);
+    mMemories.push_back(framework);
+    return framework;
+}
+
+// That it has returned is part of what the framework sees, in order. It keeps no reference.
+void World::setCallback(sp<Framework> framework) {
+    const std::string now = framework == nullptr ? "null" : std::to_string(framework->number);
+    const Return<Status> result = mObject->setCallback(framework);
+    framework.clear();
+    const bool done = result.isOk() && Status(result) == Status::OK;
+    Step returned;
+    returned.kind = "return from setCallback";
+    returned.writes = kCameraCells;
+    mMachine.before(returned);
+    for (auto& [camera, told] : mTold) told += "[callback " + now + "] ";
+    mMachine.after();
+    answer(done ? "registered" : "not registered");
+}
+
+void World::die(ProviderProcess& process) {
+    Step death;
+    death.kind = "die";
+    death.detail = process.name + " (process " + std::to_string(process.generation) + ")";
+    death.writes = process.cell;
+    mMachine.before(death);
+    const sp<Peer> dead = std::exchange(process.service, nullptr);
+    const std::vector<ProviderProcess::Link> links = std::exchange(process.links, {});
+    process.alive = false;
+    mMachine.after();
+    for (const ProviderProcess::Link& link : links) {
+        const auto recipient = link.recipient.promote();
+        if (recipient != nullptr) recipient->serviceDied(link.cookie, nullptr);
+    }
+}
+
+void World::ask(const Operation& operation) {
+    int answers = 0;
+    const auto answered = [&](Status status, const std::string& text) {
+        ++answers;
+        mMachine.pass("answer", operation.text());
+        answer(android::hardware::camera::common::V1_0::toString(status) + " " + text);
+    };
+    const auto device = [&](Status status, const auto&) { answered(status, ""); };
+    const std::string name = frameworkName(operation);
+    const Return<void> result = [&]() -> Return<void> {
+        switch (operation.what) {
+            case 'L':
+                return mObject->getCameraIdList([&](Status status, const auto& names) {
+                    std::string text;
+                    for (const std::string one : names) text += one + " ";
+                    answered(status, text);
+                });
+            case 'V':
+                return mObject->getVendorTags([&](Status status, const auto& sections) {
+                    std::string text;
+                    for (const auto& one : sections) text += std::string(one.sectionName) + " ";
+                    answered(status, text);
+                });
+            case 'T':
+                return mObject->isSetTorchModeSupported(
+                        [&](Status status, bool yes) { answered(status, yes ? "yes" : "no"); });
+            case 'i':
+                return mObject->getCameraDeviceInterface_V1_x(name, device);
+            default:
+                return mObject->getCameraDeviceInterface_V3_x(name, device);
+        }
+    }();
+    if (!result.isOk()) answer("transport failure");
+    if (answers != (result.isOk() ? 1 : 0)) {
+        mMachine.fail("the answer to " + operation.text() + " was given " +
+                      std::to_string(answers) + " times");
+    }
+}
+
+void World::load(const Operation& operation) {
+    if (operation.what == 'M') {
+        answer(HIDL_FETCH_ICameraProvider("default/0") == mMrProvider.get() ? "it" : "null");
+        return;
+    }
+    // What the entry point does once it has read the map.
+    const sp<Object> object = makeObject(kInstance, mProxy, mMapper);
+    object->initialize();
+    mFurther.push_back(object);
+}
+
+void World::answer(const std::string& text) {
+    mAnswers[mMachine.name(mMachine.self())] += text + "; ";
+}
+
+ICameraProvider* World::mrProvider() {
+    return mMrProvider.get();
+}
+
+ProviderProcess& World::process(const std::string& name) {
+    return mProcesses.at(name);
+}
+
+void World::expectHeld(const android::RefBase* called, const std::string& what) {
+    if (called->getStrongCount() > 0) return;
+    mMachine.fail(mMachine.name(mMachine.self()) + " uses a reference of nobody: " + what);
+}
+
+void World::tell(int framework, const std::string& camera, const std::string& what) {
+    mTold[camera] += what + " (" + std::to_string(framework) + ") ";
+}
+
+void World::log(int priority, const std::string& text) {
+    if (Machine::current() == nullptr) return;
+    mLogs[mMachine.name(mMachine.self())] += std::to_string(priority) + " " + text + "; ";
+}
+
+std::string World::property(const std::string& name) const {
+    const auto found = mProperties.find(name);
+    return found == mProperties.end() ? "" : found->second;
+}
+
+void World::setProperty(const std::string& name, const std::string& value) {
+    mProperties[name] = value;
+}
+
+void World::endProcess(const std::string& why) {
+    Step end;
+    end.kind = "end the process";
+    end.detail = why;
+    end.reads = kOutsideCells;
+    end.writes = kEndCell;
+    mMachine.before(end);
+    if (mEnd.empty()) mEnd = "the process ends: " + why + "\n" + visibleOutside();
+    throw ProcessEnded();
+}
+
+Cells World::changes() {
+    std::vector<const void*> members = {mObject->mCallback.get()};
+    for (int number = 0; number < mScenario.providers; ++number) {
+        const auto* const descriptor = Object::HALDescriptor::findByName(
+                mObject->mHalDescriptors, mScenario.provider(number));
+        members.push_back(descriptor->mProvider.get());
+        members.push_back(descriptor->mShim.unsafe_get());
+    }
+    Cells changed = 0;
+    for (size_t i = 0; i < mMembers.size(); ++i) {
+        if (members[i] == mMembers[i]) continue;
+        const int number = (static_cast<int>(i) - 1) / 2;
+        changed |= i == 0 ? kCallbackCell : i % 2 == 1 ? providerCell(number) : shimCell(number);
+    }
+    mMembers = std::move(members);
+    if (mActive != mObject->mActiveDevices) {
+        mActive = mObject->mActiveDevices;
+        if (Machine::current() != nullptr && !mMachine.holds()) {
+            mMachine.fail(mMachine.name(mMachine.self()) +
+                          " changes the active devices without the lock");
+        }
+    }
+    return changed;
+}
+
+std::string World::visibleOutside() const {
+    std::string text;
+    for (const auto& [name, value] : mProperties) text += name + " = " + value + "\n";
+    for (const auto& [camera, told] : mTold) text += camera + " told: " + told + "\n";
+    return text;
+}
+
+std::string World::outcome() {
+    if (!mEnd.empty()) return mEnd;
+    std::string text = visibleOutside();
+    const auto* const used = static_cast<const Framework*>(mObject->mCallback.get());
+    text += "callback in use: " + (used == nullptr ? "none" : std::to_string(used->number)) + "\n";
+    for (const auto& [key, value] : mObject->mActiveDevices) {
+        text += "active: " + key + " = " + value + "\n";
+    }
+    for (int number = 0; number < mScenario.providers; ++number) {
+        const ProviderProcess& process = mProcesses.at(mScenario.provider(number));
+        const void* const shim = mMembers[2 + 2 * number];
+        const bool shimIsNew = process.shim != nullptr && shim == process.shim.get();
+        text += process.name + ": process " + std::to_string(process.generation) +
+                (process.alive ? "" : " dead") + (process.registered ? " registered" : "") +
+                ", links " + std::to_string(process.links.size()) + ", service " +
+                generationOf(static_cast<const ICameraProvider*>(mMembers[1 + 2 * number])) +
+                ", shim " +
+                (shim == nullptr ? "none"
+                 : shimIsNew     ? "newest"
+                                 : "gone") +
+                "\n";
+    }
+    for (const auto& [name, lines] : mLogs) text += name + " logs: " + lines + "\n";
+    for (const auto& [name, said] : mAnswers) text += name + " is answered: " + said + "\n";
+    return text;
+}
+
+void World::close() {
+    mMachine.changes = nullptr;
+    for (auto& [name, process] : mProcesses) {
+        process.service.clear();
+        process.shim.clear();
+        process.memories.clear();
+    }
+    const wp<Object> object = mObject;
+    mObject.clear();
+    mFurther.clear();
+    mMemories.clear();
+    mMrProvider.clear();
+    if (object.promote() != nullptr) mMachine.fail("the provider object is left");
+    if (Watched<ICameraProvider>::alive + Watched<ICameraProviderCallback>::alive > 0) {
+        mMachine.fail("a provider, a shim or a callback is left");
+        Watched<ICameraProvider>::alive = Watched<ICameraProviderCallback>::alive = 0;
+    }
+}
+
+}  // namespace orvo::interleavings

@@ -88,9 +88,12 @@ const std::vector<KnownException>& knownExceptions() {
              "second thread reconnects the same descriptor.",
              "Attempts are lost, as each thread's shim takes the other's away; \"Successfully "
              "reinitialized\" twice, or given up although the provider runs; links that add up, so "
-             "that its next death is reported several times.",
-             "Every death starts a thread, no thread waits for another one, and an attempt that "
-             "fails after it has linked stays linked.",
+             "that its next death is reported several times. If the shim library destroys a shim "
+             "as "
+             "soon as there is a newer one, the slower thread takes a weak reference of freed "
+             "memory.",
+             "Every death starts a thread, no thread waits for another one, an attempt that fails "
+             "after it has linked stays linked, and the shim factory returns a bare pointer.",
              {"reconnection;make a shim|after make a shim|register;death|reconnection",
               "death;*;reconnection"}},
     };
@@ -118,8 +121,11 @@ bool matches(std::string pattern, const Interruption& interruption, bool ends, b
     std::getline(stream, victims, ';');
     std::getline(stream, steps, ';');
     std::getline(stream, intruders, ';');
-    return isOneOf(victims, interruption.victim) && isOneOf(intruders, interruption.intruder) &&
-           (anyStep || isOneOf(steps, interruption.step));
+    const auto& all = interruption.intruders;
+    return isOneOf(victims, interruption.victim) &&
+           (anyStep || isOneOf(steps, interruption.step)) &&
+           std::any_of(all.begin(), all.end(),
+                       [&](const std::string& one) { return isOneOf(intruders, one); });
 }
 
 // Null when it is not known. What takes several interruptions is made of known ones; between which
@@ -134,7 +140,7 @@ const KnownException* find(const Interruption& interruption, bool ends, bool any
 }
 
 // The steps of one thread at a stretch on a line, without what everybody does all the time.
-std::string shortStory(const Run& run) {
+std::string shortStory(const Scenario& scenario, const Run& run) {
     std::string text;
     size_t line = 0;
     for (size_t i = 0; i < run.steps.size();) {
@@ -148,7 +154,12 @@ std::string shortStory(const Run& run) {
             if (!step.detail.empty()) steps += " " + step.detail;
         }
         if (steps.empty()) continue;
-        text += std::to_string(++line) + ". `" + run.names.at(thread) + "`: " + steps + "\n";
+        const Operation& operation = scenario.operations[thread % kMostOperations];
+        const std::string who =
+                thread < kMostOperations
+                        ? scenario.words(operation)
+                        : "the reconnection of " + scenario.provider(operation.provider);
+        text += std::to_string(++line) + ". " + who + ": *" + steps + "*\n";
     }
     return text;
 }
@@ -175,8 +186,8 @@ void Findings::add(const Scenario& scenario, const Exploration& exploration) {
             if (known == nullptr) {
                 broken.push_back("an exception that is not in the list: " + interruption.victim +
                                  ", before \"" + interruption.step + "\", interrupted by " +
-                                 interruption.intruder + "\n" + exception.run.story() + outcome +
-                                 again + exception.run.order());
+                                 *interruption.intruders.begin() + "\n" + exception.run.story() +
+                                 outcome + again + exception.run.order());
                 continue;
             }
             const auto earlier = seen.find(known->title);
@@ -197,8 +208,9 @@ std::string chapter(const Findings& findings) {
         if (example == findings.seen.end()) continue;
         const Exception& shortest = example->second;
         text += "### " + known.title + "\n\n" + known.what + " " + known.rule +
-                " What a user sees: " + known.seen + "\n\nShortest: `" + shortest.scenario +
-                "`, `" + shortest.run.order() + "`\n\n" + shortStory(shortest.run) + "\n";
+                "\n\nSeen: " + known.seen + "\n\nShortest, `" + shortest.scenario +
+                "` in the order `" + shortest.run.order() + "`:\n\n" +
+                shortStory(*Scenario::fromText(shortest.scenario), shortest.run) + "\n";
     }
     return text;
 }

@@ -67,11 +67,6 @@ class Search {
         return advance();
     }
 
-    static int stay(const std::vector<int>& enabled, int running) {
-        const bool can = std::find(enabled.begin(), enabled.end(), running) != enabled.end();
-        return can ? running : enabled.front();
-    }
-
   private:
     int extend(const std::vector<int>& enabled, int running, const std::vector<Step>& steps) {
         Node node;
@@ -193,27 +188,28 @@ class Equivalents {
 
     size_t column(size_t step) const { return mColumns.at(mRun.steps[step].thread); }
 
-    // The last step that has to be taken before the next one of a thread, or -1.
-    int missing(const Places& places, size_t thread) const {
+    // The steps that have to be taken before the next one of a thread.
+    std::vector<size_t> missing(const Places& places, size_t thread) const {
         const size_t next = mSteps[thread][places[thread]];
         const auto earlier = mEarlier.find(next);
-        if (earlier == mEarlier.end()) return -1;
-        for (auto step = earlier->second.rbegin(); step != earlier->second.rend(); ++step) {
-            const auto& all = mSteps[column(*step)];
-            const size_t place = places[column(*step)];
-            if (place < all.size() && all[place] <= *step) return static_cast<int>(*step);
+        std::vector<size_t> found;
+        if (earlier == mEarlier.end()) return found;
+        for (const size_t step : earlier->second) {
+            const auto& all = mSteps[column(step)];
+            const size_t place = places[column(step)];
+            if (place < all.size() && all[place] <= step) found.push_back(step);
         }
-        return -1;
+        return found;
     }
 
     // Goes on with a thread for as long as it can: to stop it earlier never saves an interruption,
     // as what it does allows the others only more.
     bool visit(Places places, size_t running, int left) {
         const bool begins = running == mSteps.size();
-        int missed = -1;
+        std::vector<size_t> missed;
         while (!begins && places[running] < mSteps[running].size()) {
             missed = missing(places, running);
-            if (missed >= 0) break;
+            if (!missed.empty()) break;
             ++places[running];
         }
         const bool interrupted = !begins && places[running] < mSteps[running].size();
@@ -224,20 +220,22 @@ class Equivalents {
         for (size_t thread = 0; thread < mSteps.size(); ++thread) {
             if (places[thread] == mSteps[thread].size()) continue;
             over = false;
-            if (thread == running || missing(places, thread) >= 0) continue;
+            if (thread == running || !missing(places, thread).empty()) continue;
             if (visit(places, thread, left - interrupted)) return true;
         }
         if (interrupted) mFound.pop_back();
         return over;
     }
 
-    Interruption describe(size_t step, int missed) const {
+    Interruption describe(size_t step, const std::vector<size_t>& missed) const {
         const Step& next = mRun.steps[step];
         std::string kind = next.kind;
         for (size_t i = step; kind == "go on" && i-- > 0;) {
             if (mRun.steps[i].thread == next.thread) kind = "after " + mRun.steps[i].kind;
         }
-        return {mRun.kinds.at(next.thread), kind, mRun.kinds.at(mRun.steps[missed].thread)};
+        std::set<std::string> intruders;
+        for (const size_t one : missed) intruders.insert(mRun.kinds.at(mRun.steps[one].thread));
+        return {mRun.kinds.at(next.thread), kind, intruders};
     }
 
     const Run& mRun;
@@ -316,6 +314,11 @@ std::string Run::order() const {
     return text;
 }
 
+int stay(const std::vector<int>& enabled, int running) {
+    const bool can = std::find(enabled.begin(), enabled.end(), running) != enabled.end();
+    return can ? running : enabled.front();
+}
+
 void runOnOneProcessor() {
     cpu_set_t one;
     CPU_ZERO(&one);
@@ -351,16 +354,16 @@ Run replay(const Scenario& scenario, const std::string& order) {
     std::istringstream stream(order);
     int thread = -1;
     int left = 0;
-    return runOnce(scenario, [&](const std::vector<int>& enabled, int running,
-                                 const std::vector<Step>&) {
-        char separator;
-        if (left == 0) {
-            stream >> thread >> separator >> left;
-            stream >> separator;
-        }
-        if (left > 0) --left;
-        return Search::stay(enabled, left >= 0 && stream ? thread : Search::stay(enabled, running));
-    });
+    return runOnce(scenario,
+                   [&](const std::vector<int>& enabled, int running, const std::vector<Step>&) {
+                       char separator;
+                       if (left == 0) {
+                           stream >> thread >> separator >> left;
+                           stream >> separator;
+                       }
+                       if (left > 0) --left;
+                       return stay(enabled, left >= 0 && stream ? thread : stay(enabled, running));
+                   });
 }
 
 std::set<std::string> outcomesOfAllOrders(const Scenario& scenario) {
@@ -394,7 +397,7 @@ Exploration explore(const Scenario& scenario, const Limits& limits) {
     for (size_t i = 0; more && i < limits.orders; ++i) {
         onRun(runOnce(scenario,
                       [&](const std::vector<int>& enabled, int running, const std::vector<Step>&) {
-                          if (random() % 4 > 0) return Search::stay(enabled, running);
+                          if (random() % 4 > 0) return stay(enabled, running);
                           return enabled[random() % enabled.size()];
                       }));
     }

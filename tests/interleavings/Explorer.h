@@ -30,19 +30,17 @@ struct Run {
 /** Makes a change of threads several times as fast. For the calling thread and those it starts. */
 void runOnOneProcessor();
 
+/** The thread that runs, if it can go on. */
+int stay(const std::vector<int>& enabled, int running);
+
 Run runOnce(const Scenario& scenario, const Machine::Choose& choose);
 Run replay(const Scenario& scenario, const std::string& order);
 
 /** Where an operation was interrupted, and by what, so that this could be seen afterwards. */
 struct Interruption {
-    std::string victim;    ///< The kind of the operation,
-    std::string step;      ///< before that step of it,
-    std::string intruder;  ///< by an operation of that kind.
-
-    bool operator<(const Interruption& other) const {
-        return std::tie(victim, step, intruder) <
-               std::tie(other.victim, other.step, other.intruder);
-    }
+    std::string victim;               ///< The kind of the operation,
+    std::string step;                 ///< before that step of it,
+    std::set<std::string> intruders;  ///< by operations of these kinds.
 };
 
 /** An outcome that no order of whole operations has. */

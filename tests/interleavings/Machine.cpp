@@ -27,6 +27,7 @@ struct Machine::Thread {
     void* argument = nullptr;
 
     Step next;
+    bool begun = false;
     bool ended = false;
     bool leftOut = false;
     sem_t turn;
@@ -101,7 +102,7 @@ int Machine::self() const {
 }
 
 void Machine::add(const std::string& kind, const std::string& name, Cells members,
-                  std::function<void()> body, std::function<bool()> isReady, Cells watched) {
+                  const Step& first, std::function<void()> body, std::function<bool()> isReady) {
     const int number = static_cast<int>(mThreads.size());
     auto thread = std::make_unique<Thread>();
     thread->machine = this;
@@ -111,9 +112,7 @@ void Machine::add(const std::string& kind, const std::string& name, Cells member
     thread->members = members;
     thread->body = std::move(body);
     thread->isReady = std::move(isReady);
-    thread->next.kind = "begin";
-    thread->next.reads = watched;
-    thread->next.runsLibrary = true;
+    thread->next = first;
     thread->next.thread = number;
     sem_init(&thread->turn, 0, 0);
     thread->real = std::thread(runOperation, thread.get());
@@ -165,7 +164,7 @@ int Machine::start(pthread_t* created, const pthread_attr_t* attributes, void* (
     int number = parent;
     do number += kMostOperations;
     while (mThreads.count(number) > 0);
-    if (number >= 4 * kMostOperations) return EAGAIN;
+    if (number >= static_cast<int>(Threads().size())) return EAGAIN;
     auto thread = std::make_unique<Thread>();
     thread->machine = this;
     thread->number = number;
@@ -188,7 +187,7 @@ std::vector<int> Machine::enabled() const {
     for (const auto& [number, thread] : mThreads) {
         if (thread->ended) continue;
         if (thread->next.acquires != nullptr && mHolders.count(thread->next.acquires) > 0) continue;
-        if (thread->next.kind == "begin" && thread->isReady && !thread->isReady()) continue;
+        if (!thread->begun && thread->isReady && !thread->isReady()) continue;
         numbers.push_back(number);
     }
     return numbers;
@@ -199,7 +198,7 @@ int Machine::yield(int from) {
     if (all.empty()) {
         for (auto& [number, thread] : mThreads) {
             if (thread->ended) continue;
-            if (thread->next.kind == "begin") {
+            if (!thread->begun) {
                 thread->leftOut = true;
                 sem_post(&thread->turn);
             } else {
@@ -212,6 +211,7 @@ int Machine::yield(int from) {
     }
     const int chosen = mChoose(all, from, mSteps);
     Thread& thread = *mThreads.at(chosen);
+    thread.begun = true;
     Step step = thread.next;
     for (const int number : all) step.enabled.set(number);
     if (step.acquires != nullptr) mHolders[step.acquires] = chosen;

@@ -19,8 +19,9 @@ namespace orvo::interleavings {
 using Cells = uint64_t;
 
 constexpr int kMostOperations = 40;
+constexpr int kMostStarted = 8;
 /** Thread numbers: those of the operations, then those of the threads that each of them starts. */
-using Threads = std::bitset<4 * kMostOperations>;
+using Threads = std::bitset<(1 + kMostStarted) * kMostOperations>;
 
 /**
  * What a thread does between two decisions: either one call, as seen from outside, or the code of
@@ -59,13 +60,12 @@ class Machine {
     static Machine* current();
 
     /**
-     * A thread of the scenario. `members`: what the library may touch in it between its calls.
-     * `isReady`, if any, says whether it can begin, by looking at `watched`; one that never can is
-     * left out.
+     * A thread of the scenario, whose body begins with that step. `members`: what the library may
+     * touch in it between its calls. `isReady`, if any, says whether it can begin; one that never
+     * can is left out.
      */
-    void add(const std::string& kind, const std::string& name, Cells members,
-             std::function<void()> body, std::function<bool()> isReady = nullptr,
-             Cells watched = 0);
+    void add(const std::string& kind, const std::string& name, Cells members, const Step& first,
+             std::function<void()> body, std::function<bool()> isReady);
     /** Until all threads have ended. */
     void run(const Choose& choose);
 

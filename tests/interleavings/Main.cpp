@@ -5,15 +5,19 @@
 //     interleavings scenario "2cp +01 D0"       one scenario
 //     interleavings replay "2cp +01 D0" ORDER   one order of it, step by step
 //     interleavings chapter                     what docs/reliability.md says of the exceptions
+//     interleavings corpus DIRECTORY            the shortest order of each for the fuzzer
 
-#include <sched.h>
+#include <ctype.h>
 #include <stdio.h>
 #include <stdlib.h>
 
+#include <algorithm>
+#include <fstream>
 #include <string>
 #include <vector>
 
 #include "tests/interleavings/Exceptions.h"
+#include "tests/interleavings/Input.h"
 
 namespace {
 
@@ -46,13 +50,24 @@ int main(int argc, char** argv) {
     if (words.empty()) return 2;
     runOnOneProcessor();
     if (words[0] == "chapter") {
-        printf("%s", chapter(exploreAll(2, 0, 1, {})).c_str());
+        printf("%s", chapter(exploreAll(2, 0, 1, {300})).c_str());
+        return 0;
+    }
+    if (words[0] == "corpus" && words.size() == 2) {
+        for (const auto& [title, example] : exploreAll(2, 0, 1, {}).seen) {
+            std::string name = title;
+            std::transform(name.begin(), name.end(), name.begin(), tolower);
+            std::replace(name.begin(), name.end(), ' ', '-');
+            name.erase(std::remove(name.begin(), name.end(), ','), name.end());
+            std::ofstream(words[1] + "/" + name)
+                    << inputOf(*Scenario::fromText(example.scenario), example.run);
+        }
         return 0;
     }
     if (words[0] == "explore" && words.size() == 4) {
         const int count = atoi(words[1].c_str());
         return report(exploreAll(count, atoi(words[2].c_str()), atoi(words[3].c_str()),
-                                 {count == 2 ? 20000U : 4000U}));
+                                 {count == 2 ? 20000U : 2500U}));
     }
     const auto scenario = words.size() > 1 ? Scenario::fromText(words[1]) : std::nullopt;
     if (!scenario) {

@@ -89,6 +89,43 @@ std::string Scenario::provider(int number) const {
     return kNames[number];
 }
 
+std::string Scenario::words(const Operation& operation) const {
+    const std::string who = provider(operation.provider);
+    const std::string camera = "camera " + std::to_string(operation.camera);
+    switch (operation.what) {
+        case '+':
+            return who + " reports " + camera + " present";
+        case '-':
+            return who + " reports " + camera + " absent";
+        case '~':
+            return who + " reports " + camera + " enumerating";
+        case '^':
+            return who + ", back again, reports " + camera + " present";
+        case '*':
+            return who + " reports the torch of " + camera;
+        case 'D':
+            return who + " dies";
+        case 'E':
+            return who + ", back again, dies";
+        case 'B':
+            return "setCallback with callback 2";
+        case 'N':
+            return "setCallback with null";
+        case 'L':
+            return "getCameraIdList";
+        case 'V':
+            return "getVendorTags";
+        case 'T':
+            return "isSetTorchModeSupported";
+        case 'M':
+            return "default/0 is loaded";
+        case 'O':
+            return "legacy/0 is loaded";
+        default:
+            return "the interface of " + camera + " is asked for";
+    }
+}
+
 std::string Scenario::device(const Operation& operation) const {
     const std::string name = provider(operation.provider);
     return "device@3.2/" + name.substr(0, name.find('/')) + "/" + std::to_string(operation.camera);

@@ -50,6 +50,8 @@ struct Scenario {
     /** The instance name of a provider, and the device name of a camera of it. */
     std::string provider(int number) const;
     std::string device(const Operation& operation) const;
+    /** What happens, in words. */
+    std::string words(const Operation& operation) const;
 };
 
 /** Every two, or three, of the operations, with the set-ups in which they differ. */

@@ -164,10 +164,18 @@ World::~World() {
 
 void World::addOperation(const Operation& operation) {
     std::function<bool()> ready;
-    Cells watched = 0;
+    Step first;
+    first.kind = "begin";
+    first.runsLibrary = true;
     if (operation.what == 'E' || operation.what == '^') {
         ready = [this, &operation] { return isReady(operation); };
-        watched = processCell(operation.provider);
+        first.reads = processCell(operation.provider);
+    }
+    if (operation.kind() == "death") {
+        first.kind = "die";
+        first.detail = mScenario.provider(operation.provider);
+        first.writes = processCell(operation.provider);
+        first.runsLibrary = false;
     }
     size_t earlier = 0;
     const auto& all = mScenario.operations;
@@ -176,8 +184,8 @@ void World::addOperation(const Operation& operation) {
     }
     const std::string name = operation.text() + std::string(earlier, '\'');
     mMachine.add(
-            operation.kind(), name, members(operation), [this, &operation] { perform(operation); },
-            ready, watched);
+            operation.kind(), name, members(operation), first,
+            [this, &operation] { perform(operation); }, ready);
 }
 
 Cells World::members(const Operation& operation) const {
@@ -247,14 +255,12 @@ void World::setCallback(sp<Framework> framework) {
     answer(done ? "registered" : "not registered");
 }
 
+// Its first step has been decided on.
 void World::die(ProviderProcess& process) {
-    Step death;
-    death.kind = "die";
-    death.detail = process.name + " (process " + std::to_string(process.generation) + ")";
-    death.writes = process.cell;
-    mMachine.before(death);
     const sp<Peer> dead = std::exchange(process.service, nullptr);
-    const std::vector<ProviderProcess::Link> links = std::exchange(process.links, {});
+    std::vector<ProviderProcess::Link> links = std::exchange(process.links, {});
+    // Those of failed attempts add up; so many are enough.
+    links.resize(std::min<size_t>(links.size(), kMostStarted));
     process.alive = false;
     mMachine.after();
     for (const ProviderProcess::Link& link : links) {

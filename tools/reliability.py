@@ -9,13 +9,32 @@ With --check nothing is written: it fails when the document is not up to date.
 import argparse
 import pathlib
 import re
+import subprocess
 import sys
+import textwrap
 
 import gtest_programs
 
 DOCUMENT = pathlib.Path(__file__).resolve().parent.parent / "docs" / "reliability.md"
 PROGRAMS = ("provider_entry_point_tests", "provider_tests", "mapper_tests",
             "provider_library_tests")
+EXCEPTIONS = """
+## When things happen at once
+
+The library calls out at every step, and has one lock for its table of active devices. So the order
+of all that can be observed is decided at those calls, and all orders can be tried:
+`tests/interleavings/` runs the library's own code on real threads, one at a time, and chooses at
+every call who goes on. Every two operations are tried in every order by the tests (but for two
+deaths of one provider: all orders with one interruption, and random ones), every three by
+`make interleavings`; the order of each case below is what it found, and
+`interleavings replay SCENARIO ORDER` shows it step by step. No order ends in a deadlock, calls out
+under the lock, gives an answer twice or never, leaves a thread, or calls what nobody holds.
+
+What comes of it is what comes of some order of the whole operations, or one of the following. The
+required behaviour brings them along: the library has no lock around more than its table, so that a
+provider or a framework that hangs hangs nobody else.
+
+"""
 INTRODUCTION = """\
 # Reliability
 
@@ -60,6 +79,17 @@ def rows(build):
     return [row for call in found.values() for row in call]
 
 
+def chapter(build):
+    """The exceptions as the explorer found them, in lines as long as those of other documents."""
+    ended = subprocess.run([build / "bin" / "interleavings", "chapter"], stdout=subprocess.PIPE,
+                           timeout=gtest_programs.TIMEOUT_SECONDS, check=True, text=True)
+    lines = []
+    for line in ended.stdout.rstrip().split("\n"):
+        indent = "   " if re.match(r"\d+\. ", line) else ""
+        lines += textwrap.wrap(line, 100, subsequent_indent=indent, break_on_hyphens=False) or [""]
+    return EXCEPTIONS + "\n".join(lines) + "\n"
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--check", action="store_true")
@@ -69,7 +99,7 @@ def main():
         table = [f"| {' | '.join(row)} |\n" for row in rows(arguments.build)]
     except gtest_programs.ProgramFailed as error:
         sys.exit(str(error))
-    text = INTRODUCTION + "".join(table)
+    text = INTRODUCTION + "".join(table) + chapter(arguments.build)
     if not arguments.check:
         DOCUMENT.write_text(text, encoding="utf-8")
         print(f"{len(table)} faults: {DOCUMENT}")

@@ -104,9 +104,16 @@ valgrind: ## run the unit tests under valgrind
 	@tools/build.sh $(with_tests) library_tests host_tests
 	@tools/valgrind.sh $(BUILD) $(UNIT_TESTS) $(HOST_UNIT_TESTS)
 
+interleavings: ## try every order of two and of three things that happen at once
+	$(packages) run test
+	@tools/build.sh $(with_tests) interleavings
+	@$(BUILD)/bin/interleavings explore 2 0 1
+	@$(BUILD)/bin/interleavings explore 3 0 2 & half=$$!; \
+		$(BUILD)/bin/interleavings explore 3 1 2; ended=$$?; wait $$half && exit $$ended
+
 reliability: ## write docs/reliability.md, the table of faults, from the tests' output
 	$(packages) run test
-	@tools/build.sh $(with_tests) library_tests
+	@tools/build.sh $(with_tests) library_tests interleavings
 	@python3 -B tools/reliability.py $(BUILD)
 
 # The library, the host platform and their tests; a simulated device starts its programs from inside

@@ -4,10 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 
 #include "tests/interleavings/Exceptions.h"
 #include "tests/interleavings/Faults.h"
+#include "tests/interleavings/Input.h"
 
 namespace orvo::interleavings {
 namespace {
@@ -41,6 +45,27 @@ TEST(InterleavingsTest, AnOrderCanBeReplayed) {
         const auto again = replay(scenario, exception.run.order());
         EXPECT_EQ(again.outcome, outcome);
         EXPECT_EQ(again.order(), exception.run.order());
+    }
+}
+
+TEST(InterleavingsTest, TheInputsOfTheFuzzerFindNothing) {
+    size_t inputs = 0;
+    for (const auto& file : std::filesystem::directory_iterator(ORVO_CORPUS)) {
+        std::ifstream stream(file.path(), std::ios::binary);
+        const std::vector<uint8_t> bytes{std::istreambuf_iterator<char>(stream), {}};
+        const auto run = runInput(bytes.data(), bytes.size());
+        EXPECT_TRUE(run.findings.empty()) << file.path() << run.story();
+        ++inputs;
+    }
+    EXPECT_GT(inputs, 10u);
+}
+
+TEST(InterleavingsTest, AnOrderIsAnInputOfTheFuzzer) {
+    const Scenario scenario = *Scenario::fromText("2cpsf1 +01 -11 D0 L");
+    for (const auto& [outcome, exception] : explore(scenario, {}).exceptions) {
+        const std::string bytes = inputOf(scenario, exception.run);
+        const auto again = runInput(reinterpret_cast<const uint8_t*>(bytes.data()), bytes.size());
+        EXPECT_EQ(again.outcome, outcome);
     }
 }
 

@@ -19,7 +19,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <memory>
 #include <random>
 #include <sstream>
 
@@ -327,26 +326,21 @@ void runOnOneProcessor() {
 }
 
 Run runOnce(const Scenario& scenario, const Machine::Choose& choose) {
-    auto machine = std::make_unique<Machine>();
-    auto world = std::make_unique<World>(scenario, *machine);
-    machine->run(choose);
+    Machine machine;
+    World world(scenario, machine);
+    machine.run(choose);
     Run run;
-    if (!machine->isStuck()) {
-        run.outcome = world->outcome();
-        world->close();
-    }
-    run.steps = machine->steps();
-    run.pending = machine->pending();
-    run.findings = machine->findings();
+    run.outcome = world.outcome();
+    world.close();
+    run.steps = machine.steps();
+    run.pending = machine.pending();
+    run.findings = machine.findings();
     for (const auto* const steps : {&run.steps, &run.pending}) {
         for (const Step& step : *steps) {
-            run.names[step.thread] = machine->name(step.thread);
-            run.kinds[step.thread] = machine->kind(step.thread);
+            run.names[step.thread] = machine.name(step.thread);
+            run.kinds[step.thread] = machine.kind(step.thread);
         }
     }
-    // What waits for ever uses it for ever.
-    static std::vector<World*> stuck;
-    if (machine->isStuck()) stuck.push_back(world.release());
     return run;
 }
 

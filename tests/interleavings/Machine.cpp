@@ -75,10 +75,6 @@ Machine::Machine() {
 
 Machine::~Machine() {
     for (auto& [number, thread] : mThreads) {
-        if (mStuck) {
-            static_cast<void>(thread.release());  // It waits for ever.
-            continue;
-        }
         if (thread->real.joinable()) thread->real.join();
         sem_destroy(&thread->turn);
     }
@@ -186,25 +182,32 @@ std::vector<int> Machine::enabled() const {
     std::vector<int> numbers;
     for (const auto& [number, thread] : mThreads) {
         if (thread->ended) continue;
-        if (thread->next.acquires != nullptr && mHolders.count(thread->next.acquires) > 0) continue;
+        const bool isHeld = mHolders.count(thread->next.acquires) > 0;
+        if (thread->next.acquires != nullptr && isHeld && !mLocksAreOpen) continue;
         if (!thread->begun && thread->isReady && !thread->isReady()) continue;
         numbers.push_back(number);
     }
     return numbers;
 }
 
+// Once it is known, every lock is open, so that the threads can end.
+bool Machine::findDeadlock() {
+    for (const auto& [number, thread] : mThreads) {
+        if (!thread->begun || thread->ended) continue;
+        mLocksAreOpen = true;
+        fail("a deadlock: " + thread->name + " waits for a mutex");
+    }
+    return mLocksAreOpen;
+}
+
 int Machine::yield(int from) {
-    const std::vector<int> all = enabled();
+    std::vector<int> all = enabled();
+    if (all.empty() && findDeadlock()) all = enabled();
     if (all.empty()) {
         for (auto& [number, thread] : mThreads) {
-            if (thread->ended) continue;
-            if (!thread->begun) {
-                thread->leftOut = true;
-                sem_post(&thread->turn);
-            } else {
-                mStuck = true;
-                fail("a deadlock: " + thread->name + " waits for a mutex");
-            }
+            if (thread->begun) continue;
+            thread->leftOut = true;
+            sem_post(&thread->turn);
         }
         if (from >= 0) sem_post(&mOver);
         return -1;

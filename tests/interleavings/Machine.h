@@ -93,7 +93,6 @@ class Machine {
     const std::vector<Step>& steps() const { return mSteps; }
     /** The next steps of threads that could not take them. */
     std::vector<Step> pending() const;
-    bool isStuck() const { return mStuck; }
     const std::vector<std::string>& findings() const { return mFindings; }
     /** Of a thread. */
     const std::string& kind(int thread) const;
@@ -108,6 +107,7 @@ class Machine {
     void decide(Step next);
     /** Lets somebody go on and says who it is; -1 when there is nobody. */
     int yield(int from);
+    bool findDeadlock();
     void finishStep();
     void end(Thread& thread);
 
@@ -117,7 +117,7 @@ class Machine {
     std::vector<Step> mSteps;
     std::vector<std::string> mFindings;
     sem_t mOver;
-    bool mStuck = false;
+    bool mLocksAreOpen = false;  // Nobody waits for a mutex any more.
 };
 
 }  // namespace orvo::interleavings

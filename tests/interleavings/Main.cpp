@@ -50,7 +50,7 @@ int main(int argc, char** argv) {
     if (words.empty()) return 2;
     runOnOneProcessor();
     if (words[0] == "chapter") {
-        printf("%s", chapter(exploreAll(2, 0, 1, {300})).c_str());
+        printf("%s", chapter(exploreAll(2, 0, 1, {150})).c_str());
         return 0;
     }
     if (words[0] == "corpus" && words.size() == 2) {

@@ -79,7 +79,7 @@ class World {
     [[noreturn]] void endProcess(const std::string& why);
     /** What an MR provider is to the caller. */
     ICameraProvider* mrProvider();
-    void* mrLibrary = nullptr;  ///< Null until it is opened.
+    bool mrLibraryIsOpen = false;
 
     static Cells cameraCell(const std::string& name);
     static Cells propertyCell(const std::string& name);

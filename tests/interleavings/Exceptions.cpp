@@ -87,7 +87,8 @@ const std::vector<KnownException>& knownExceptions() {
              "The provider that came back dies again while its reconnection has steps left, and a "
              "second thread reconnects the same descriptor.",
              "Attempts are lost, as each thread's shim takes the other's away; \"Successfully "
-             "reinitialized\" twice, or given up although the provider runs; links that add up, so "
+             "reinitialized\" twice, or one of them gives up although the provider runs; links "
+             "that add up, so "
              "that its next death is reported several times. If the shim library destroys a shim "
              "as "
              "soon as there is a newer one, the slower thread takes a weak reference of freed "

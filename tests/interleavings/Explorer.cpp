@@ -384,11 +384,11 @@ Exploration explore(const Scenario& scenario, const Limits& limits) {
     found.all = !more;
     more = more && found.failures.empty();
     for (int interruptions = 1; more && interruptions <= 3; ++interruptions) {
-        if (!tryAll(scenario, interruptions, limits.orders, onRun)) break;
+        if (!tryAll(scenario, interruptions, limits.others, onRun)) break;
         found.interruptions = interruptions;
     }
     std::minstd_rand random(limits.seed);
-    for (size_t i = 0; more && i < limits.orders; ++i) {
+    for (size_t i = 0; more && i < limits.others; ++i) {
         onRun(runOnce(scenario,
                       [&](const std::vector<int>& enabled, int running, const std::vector<Step>&) {
                           if (random() % 4 > 0) return stay(enabled, running);

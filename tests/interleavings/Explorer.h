@@ -63,9 +63,13 @@ struct Exploration {
 };
 
 struct Limits {
-    size_t orders = 1000;  ///< Of each way to choose them.
+    size_t orders = 1000;  ///< Before they are too many,
+    size_t others = 1000;  ///< and then of each other way to choose them.
     unsigned seed = 1;
 };
+
+/** Enough for every two operations but two deaths of one provider. */
+constexpr Limits kInTheTests = {600, 150, 1};
 
 /**
  * Tries all orders. If they are too many: all with one interruption, with two and with three, as

@@ -20,7 +20,7 @@ TEST(InterleavingsTest, EveryTwoOperationsDoWhatSomeOrderOfThemDoesOrWhatTheList
     runOnOneProcessor();
     Findings findings;
     for (const Scenario& scenario : scenariosOf(2))
-        findings.add(scenario, explore(scenario, {150}));
+        findings.add(scenario, explore(scenario, kInTheTests));
     for (const std::string& broken : findings.broken) ADD_FAILURE() << broken;
     for (const KnownException& known : knownExceptions()) {
         EXPECT_EQ(findings.seen.count(known.title), 1u) << known.title << ": does not occur";

@@ -50,11 +50,11 @@ int main(int argc, char** argv) {
     if (words.empty()) return 2;
     runOnOneProcessor();
     if (words[0] == "chapter") {
-        printf("%s", chapter(exploreAll(2, 0, 1, {150})).c_str());
+        printf("%s", chapter(exploreAll(2, 0, 1, kInTheTests)).c_str());
         return 0;
     }
     if (words[0] == "corpus" && words.size() == 2) {
-        for (const auto& [title, example] : exploreAll(2, 0, 1, {}).seen) {
+        for (const auto& [title, example] : exploreAll(2, 0, 1, kInTheTests).seen) {
             std::string name = title;
             std::transform(name.begin(), name.end(), name.begin(), tolower);
             std::replace(name.begin(), name.end(), ' ', '-');
@@ -67,7 +67,7 @@ int main(int argc, char** argv) {
     if (words[0] == "explore" && words.size() == 4) {
         const int count = atoi(words[1].c_str());
         return report(exploreAll(count, atoi(words[2].c_str()), atoi(words[3].c_str()),
-                                 {count == 2 ? 20000U : 2500U}));
+                                 count == 2 ? Limits{20000, 5000, 1} : Limits{2500, 2500, 1}));
     }
     const auto scenario = words.size() > 1 ? Scenario::fromText(words[1]) : std::nullopt;
     if (!scenario) {
@@ -76,7 +76,7 @@ int main(int argc, char** argv) {
     }
     if (words[0] == "scenario") {
         Findings findings;
-        findings.add(*scenario, explore(*scenario, {20000}));
+        findings.add(*scenario, explore(*scenario, {20000, 5000, 1}));
         return report(findings);
     }
     const Run run = replay(*scenario, words.size() > 2 ? words[2] : "");

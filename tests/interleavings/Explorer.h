@@ -43,6 +43,9 @@ struct Interruption {
     std::set<std::string> intruders;  ///< by operations of these kinds.
 };
 
+/** Those of the order with the fewest, of all that are the same as a run. */
+std::vector<Interruption> fewestInterruptions(const Run& run);
+
 /** An outcome that no order of whole operations has. */
 struct Exception {
     std::string scenario;

@@ -126,6 +126,10 @@ std::string Scenario::words(const Operation& operation) const {
     }
 }
 
+std::string Scenario::frameworkDevice(const Operation& operation) {
+    return "device@3.2/legacy/" + std::to_string(operation.camera);
+}
+
 std::string Scenario::device(const Operation& operation) const {
     const std::string name = provider(operation.provider);
     return "device@3.2/" + name.substr(0, name.find('/')) + "/" + std::to_string(operation.camera);

@@ -50,6 +50,8 @@ struct Scenario {
     /** The instance name of a provider, and the device name of a camera of it. */
     std::string provider(int number) const;
     std::string device(const Operation& operation) const;
+    /** The name under which the framework knows its camera. */
+    static std::string frameworkDevice(const Operation& operation);
     /** What happens, in words. */
     std::string words(const Operation& operation) const;
 };

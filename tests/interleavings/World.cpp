@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sets a run up, performs its operations and says what came of it.
+// Sets a run up, and says what came of it.
 
 #include "tests/interleavings/World.h"
 
@@ -18,11 +18,7 @@ using android::sp;
 using android::wp;
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
-using android::hardware::Return;
 using android::hardware::camera::common::V1_0::CameraDeviceStatus;
-using android::hardware::camera::common::V1_0::Status;
-using android::hardware::camera::common::V1_0::TorchModeStatus;
-using android::hardware::camera::provider::V2_4::implementation::HIDL_FETCH_ICameraProvider;
 using android::hardware::camera::provider::V2_4::implementation::ServiceInteractionProxy;
 
 namespace {
@@ -46,7 +42,6 @@ constexpr Cells kEndCell = Cells{1} << 13;
 constexpr int kFirstPropertyCell = 20;
 constexpr int kFirstCameraCell = 32;
 constexpr Cells kOutsideCells = ~Cells{0} << kFirstPropertyCell;
-constexpr Cells kCameraCells = ~Cells{0} << kFirstCameraCell;
 
 // The service manager.
 class Proxy : public ServiceInteractionProxy {
@@ -99,10 +94,6 @@ class Mapper : public orvo::camera::IProviderMapper {
     const std::vector<std::string> mNames;
 };
 
-std::string frameworkName(const Operation& operation) {
-    return "device@3.2/legacy/" + std::to_string(operation.camera);
-}
-
 std::string generationOf(const ICameraProvider* peer) {
     if (peer == nullptr) return "none";
     return std::to_string(static_cast<const Peer*>(peer)->generation());
@@ -116,6 +107,10 @@ World* World::current() {
 
 Cells World::cameraCell(const std::string& name) {
     return Cells{1} << (kFirstCameraCell + std::hash<std::string>()(name) % 32);
+}
+
+Cells World::allCameraCells() {
+    return ~Cells{0} << kFirstCameraCell;
 }
 
 Cells World::propertyCell(const std::string& name) {
@@ -138,7 +133,8 @@ World::World(const Scenario& scenario, Machine& machine) : mScenario(scenario), 
     mObject = makeObject(kInstance, mProxy, mMapper);
     mObject->initialize();
     mMrProvider = new Peer(mProcesses["default/0"], 1);
-    for (const Operation& operation : scenario.operations) mTold[frameworkName(operation)];
+    for (const Operation& operation : scenario.operations)
+        mTold[Scenario::frameworkDevice(operation)];
     if (scenario.callback) mObject->setCallback(makeFramework(1));
     if (scenario.present) {
         mObject->cameraDeviceStatusChange(scenario.device({'+', 0, 1}),
@@ -210,113 +206,6 @@ Cells World::members(const Operation& operation) const {
 bool World::isReady(const Operation& operation) const {
     const ProviderProcess& process = mProcesses.at(mScenario.provider(operation.provider));
     return process.alive && process.generation > 1 && (operation.what == 'E' || process.registered);
-}
-
-void World::perform(const Operation& operation) {
-    const std::string kind = operation.kind();
-    if (kind == "report") return report(operation);
-    if (kind == "torch") {
-        mObject->torchModeStatusChange(mScenario.device(operation), TorchModeStatus::AVAILABLE_ON);
-        return;
-    }
-    if (kind == "setCallback") {
-        return setCallback(operation.what == 'B' ? makeFramework(2) : nullptr);
-    }
-    if (kind == "death") return die(process(mScenario.provider(operation.provider)));
-    if (kind == "load default/0" || kind == "load legacy/0") return load(operation);
-    ask(operation);
-}
-
-void World::report(const Operation& operation) {
-    CameraDeviceStatus status = CameraDeviceStatus::PRESENT;
-    if (operation.what == '-') status = CameraDeviceStatus::NOT_PRESENT;
-    if (operation.what == '~') status = CameraDeviceStatus::ENUMERATING;
-    mObject->cameraDeviceStatusChange(mScenario.device(operation), status);
-}
-
-sp<Framework> World::makeFramework(int number) {
-    const sp<Framework> framework = new Framework(number);
-    mMemories.push_back(framework);
-    return framework;
-}
-
-// That it has returned is part of what the framework sees, in order. It keeps no reference.
-void World::setCallback(sp<Framework> framework) {
-    const std::string now = framework == nullptr ? "null" : std::to_string(framework->number);
-    const Return<Status> result = mObject->setCallback(framework);
-    framework.clear();
-    const bool done = result.isOk() && Status(result) == Status::OK;
-    Step returned;
-    returned.kind = "return from setCallback";
-    returned.writes = kCameraCells;
-    mMachine.before(returned);
-    for (auto& [camera, told] : mTold) told += "[callback " + now + "] ";
-    mMachine.after();
-    answer(done ? "registered" : "not registered");
-}
-
-// Its first step has been decided on.
-void World::die(ProviderProcess& process) {
-    const sp<Peer> dead = std::exchange(process.service, nullptr);
-    std::vector<ProviderProcess::Link> links = std::exchange(process.links, {});
-    // Those of failed attempts add up; so many are enough.
-    links.resize(std::min<size_t>(links.size(), kMostStarted));
-    process.alive = false;
-    mMachine.after();
-    for (const ProviderProcess::Link& link : links) {
-        const auto recipient = link.recipient.promote();
-        if (recipient != nullptr) recipient->serviceDied(link.cookie, nullptr);
-    }
-}
-
-void World::ask(const Operation& operation) {
-    int answers = 0;
-    const auto answered = [&](Status status, const std::string& text) {
-        ++answers;
-        mMachine.pass("answer", operation.text());
-        answer(android::hardware::camera::common::V1_0::toString(status) + " " + text);
-    };
-    const auto device = [&](Status status, const auto&) { answered(status, ""); };
-    const std::string name = frameworkName(operation);
-    const Return<void> result = [&]() -> Return<void> {
-        switch (operation.what) {
-            case 'L':
-                return mObject->getCameraIdList([&](Status status, const auto& names) {
-                    std::string text;
-                    for (const std::string one : names) text += one + " ";
-                    answered(status, text);
-                });
-            case 'V':
-                return mObject->getVendorTags([&](Status status, const auto& sections) {
-                    std::string text;
-                    for (const auto& one : sections) text += std::string(one.sectionName) + " ";
-                    answered(status, text);
-                });
-            case 'T':
-                return mObject->isSetTorchModeSupported(
-                        [&](Status status, bool yes) { answered(status, yes ? "yes" : "no"); });
-            case 'i':
-                return mObject->getCameraDeviceInterface_V1_x(name, device);
-            default:
-                return mObject->getCameraDeviceInterface_V3_x(name, device);
-        }
-    }();
-    if (!result.isOk()) answer("transport failure");
-    if (answers != (result.isOk() ? 1 : 0)) {
-        mMachine.fail("the answer to " + operation.text() + " was given " +
-                      std::to_string(answers) + " times");
-    }
-}
-
-void World::load(const Operation& operation) {
-    if (operation.what == 'M') {
-        answer(HIDL_FETCH_ICameraProvider("default/0") == mMrProvider.get() ? "it" : "null");
-        return;
-    }
-    // What the entry point does once it has read the map.
-    const sp<Object> object = makeObject(kInstance, mProxy, mMapper);
-    object->initialize();
-    mFurther.push_back(object);
 }
 
 void World::answer(const std::string& text) {

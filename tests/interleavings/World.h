@@ -82,6 +82,7 @@ class World {
     bool mrLibraryIsOpen = false;
 
     static Cells cameraCell(const std::string& name);
+    static Cells allCameraCells();
     static Cells propertyCell(const std::string& name);
 
   private:

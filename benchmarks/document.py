@@ -178,7 +178,9 @@ bring in.
 What remains above the floors is what well-formed names do not need: the floors know that every name
 has all of its parts, that every provider is connected and answers once, and that every look-up
 finds something. The library checks each of these, because its providers are other programs. It also
-searches its providers, a set of descriptors, with a descriptor made for the search.
+searches its providers, a set of descriptors, with a descriptor made for the search. In reports and
+deaths it works with strings of its own, where the floors lend the framework theirs, give one away to
+the map of active devices, and edit the value of a property in place.
 
 ## What the floors do
 

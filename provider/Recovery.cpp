@@ -21,8 +21,7 @@ namespace {
 constexpr int kReconnectAttempts = 10;
 constexpr std::chrono::milliseconds kReconnectPause(500);  // Before every attempt, the first too.
 
-// Takes out every active device of that type, with its id; gives the names that the framework
-// knows.
+// Takes out every active device of that type, with its id; gives the framework's names for them.
 std::vector<hidl_string> takeOut(const std::string& type, OrvoCameraServiceImplementation& object) {
     std::vector<hidl_string> removed;
     const std::lock_guard<std::mutex> lock(object.mActiveDevicesMutex);
@@ -122,10 +121,10 @@ size_t OrvoCameraServiceImplementation::removeAndNotifyDevicesByProviderName(
     }
 
     const std::vector<hidl_string> removed = takeOut(*type, *this);
-    const sp<ICameraProviderCallback> callback = mCallback;
+    sp<ICameraProviderCallback> callback = mCallback;
     if (removed.empty() || callback == nullptr) return 0;
 
-    const size_t notified = tellGone(removed, callback, *this);
+    const size_t notified = tellGone(removed, std::move(callback), *this);
     __android_log_print(ANDROID_LOG_INFO, kLogTag,
                         "Notified framework about %zu/%zu devices from dead provider %s", notified,
                         removed.size(), type->c_str());

@@ -1,15 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 // When a process dies, calls to it fail, and whoever asked to be told is told, once.
 
+#include <pthread.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <filesystem>
+#include <future>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <hidl/HidlBinderSupport.h>
 #include <hwbinder/IPCThreadState.h>
+#include <hwbinder/Parcel.h>
+#include <hwbinder/ProcessState.h>
 
 #include "tests/host/hwbinder/PeerProcess.h"
 #include "tests/host/hwbinder/RecordingCallback.h"
@@ -22,6 +27,8 @@ using android::sp;
 using android::wp;
 using android::hardware::hidl_death_recipient;
 using android::hardware::hidl_string;
+using android::hardware::IBinder;
+using android::hardware::Parcel;
 using android::hidl::base::V1_0::IBase;
 using testing::ElementsAre;
 using testing::UnorderedElementsAre;
@@ -105,6 +112,41 @@ TEST_F(ProcessDeathTest, ARecipientThatIsGoneIsNotTold) {
     mourner = nullptr;
     EXPECT_EQ(nullptr, watched.promote()) << "a link does not keep its recipient";
     killAndWaitUntilKnown();
+}
+
+/** Tells on which thread it was destroyed. */
+struct Leaver : IBinder::DeathRecipient {
+    explicit Leaver(std::promise<std::string>* left) : leftOn(left) {}
+    ~Leaver() override {
+        char name[16];
+        pthread_getname_np(pthread_self(), name, sizeof(name));
+        leftOn->set_value(name);
+    }
+    void binderDied(const wp<IBinder>&) override {}
+    std::promise<std::string>* const leftOn;
+};
+
+TEST_F(ProcessDeathTest, ARecipientIsNotDestroyedOnTheTransportsThread) {
+    // A code that the peer does not know: what counts is what this process does with the parcel.
+    constexpr uint32_t kNothing = 9999;
+    std::promise<std::string> leftOn;
+    android::hardware::ProcessState::self()->startThreadPool();
+    sp<IBinder> binder = android::hardware::toBinder(peer);
+    ASSERT_EQ(android::OK, binder->linkToDeath(new Leaver(&leftOn)));
+    {
+        // Large enough to keep the transport busy until the other references to the proxy are gone.
+        const std::vector<uint8_t> bytes(8 * 1024 * 1024);
+        size_t ignored;
+        Parcel large;
+        ASSERT_EQ(android::OK, large.writeBuffer(bytes.data(), bytes.size(), &ignored));
+        Parcel last;
+        ASSERT_EQ(android::OK, last.writeStrongBinder(binder));
+        ASSERT_EQ(android::OK, binder->transact(kNothing, large, nullptr, IBinder::FLAG_ONEWAY));
+        ASSERT_EQ(android::OK, binder->transact(kNothing, last, nullptr, IBinder::FLAG_ONEWAY));
+    }
+    peer = nullptr;
+    binder = nullptr;
+    EXPECT_NE("HwBinder:io", leftOn.get_future().get());
 }
 
 TEST_F(ProcessDeathTest, LinkingToWhatIsKnownToBeDeadSaysSo) {

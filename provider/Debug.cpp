@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tells a person what the provider object holds at the moment: what `lshal debug` prints.
 
-#include <limits.h>
-#include <poll.h>
+#include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <time.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <sstream>
 #include <string_view>
 
@@ -55,22 +55,40 @@ std::string describe(OrvoCameraServiceImplementation& object) {
     return text.str();
 }
 
-// Writes what the descriptor takes at once and drops the rest. It cannot be made non-blocking, as
-// its flags are also those of whoever sent it; but poll finds a pipe writable only if PIPE_BUF
-// bytes fit in.
+// Fills a pipe of our own and moves it on. A pipe that was sent has the flags of whoever sent it,
+// so it cannot be made non-blocking, and only a move between pipes may be asked not to wait.
+void writeToPipe(int fd, std::string_view text) {
+    int own[2];
+    if (pipe2(own, O_CLOEXEC | O_NONBLOCK) != 0) return;
+    while (!text.empty()) {
+        const ssize_t size = write(own[1], text.data(), text.size());
+        if (size <= 0) break;
+        if (splice(own[0], nullptr, fd, nullptr, size, SPLICE_F_NONBLOCK) != size) break;
+        text.remove_prefix(size);
+    }
+    close(own[0]);
+    close(own[1]);
+}
+
+// Writes what the descriptor takes at once and drops the rest. Anything but a file, a pipe or a
+// socket takes nothing: a terminal, for one, says that there is room and then waits for more.
 void writeWithoutWaiting(int fd, std::string_view text) {
-    // A reader that leaves in the middle must not end the process, whose signals are not ours.
+    struct stat status;
+    if (fstat(fd, &status) != 0) return;
+    // A reader that has gone must not end the process, whose signals are not ours.
     sigset_t brokenPipe;
     sigset_t before;
     sigemptyset(&brokenPipe);
     sigaddset(&brokenPipe, SIGPIPE);
     pthread_sigmask(SIG_BLOCK, &brokenPipe, &before);
-    while (!text.empty()) {
-        pollfd writable = {fd, POLLOUT, 0};
-        if (poll(&writable, 1, 0) != 1 || writable.revents != POLLOUT) break;
-        const ssize_t written = write(fd, text.data(), std::min<size_t>(text.size(), PIPE_BUF));
-        if (written <= 0) break;
-        text.remove_prefix(written);
+    if (S_ISFIFO(status.st_mode)) {
+        writeToPipe(fd, text);
+    } else if (S_ISSOCK(status.st_mode)) {
+        (void)send(fd, text.data(), text.size(), MSG_DONTWAIT);
+    } else if (S_ISREG(status.st_mode)) {
+        // With what a full disk leaves out there is nothing to do.
+        const ssize_t written = write(fd, text.data(), text.size());
+        (void)written;
     }
     constexpr timespec kNow = {};
     sigtimedwait(&brokenPipe, nullptr, &kNow);

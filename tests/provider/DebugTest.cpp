@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -12,6 +13,7 @@
 #include <chrono>
 #include <future>
 #include <memory>
+#include <thread>
 
 #include <android-base/unique_fd.h>
 
@@ -273,11 +275,28 @@ TEST_F(DebugDescriptorTest, ADescriptorThatCannotBeWrittenToIsSurvived) {
     debugInto(pipe.ends[0]);
 }
 
-TEST_F(DebugDescriptorTest, AFullDiskIsSurvived) {
-    recordFault("the descriptor of `debug`", "there is no space left on its disk",
-                "nothing is written");
-    const unique_fd full(open("/dev/full", O_WRONLY | O_CLOEXEC));
-    debugInto(full.get());
+TEST_F(DebugDescriptorTest, ATerminalThatNobodyReadsIsNotWaitedFor) {
+    recordFault("the descriptor of `debug`", "it is a terminal", "nothing is written");
+    const unique_fd screen(posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
+    ASSERT_EQ(grantpt(screen.get()), 0);
+    ASSERT_EQ(unlockpt(screen.get()), 0);
+    const unique_fd terminal(open(ptsname(screen.get()), O_RDWR | O_NOCTTY | O_CLOEXEC));
+    ASSERT_GE(terminal.get(), 0);
+    // More than a terminal keeps for its reader.
+    for (int i = 0; i < 200; ++i) debugInto(terminal.get());
+}
+
+TEST_F(DebugDescriptorTest, TwoThatFillOnePipeWaitForNobody) {
+    reportMuch();
+    Pipe pipe;
+    ASSERT_EQ(fcntl(pipe.ends[1], F_SETPIPE_SZ, 4096), 4096);
+    const auto lookOften = [&] {
+        for (int i = 0; i < 50; ++i) debugInto(pipe.ends[1]);
+    };
+    std::thread other(lookOften);
+    lookOften();
+    other.join();
+    EXPECT_THAT(pipe.read(1 << 20), StartsWith("Camera provider legacy/0"));
 }
 
 TEST_F(DebugDescriptorTest, AFullPipeIsNotWaitedFor) {

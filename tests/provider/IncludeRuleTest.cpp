@@ -71,9 +71,9 @@ bool isCxxLibrary(const std::string& name) {
 
 bool isPosix(const std::string& name) {
     static const std::set<std::string> kHeaders = {
-            "dlfcn.h",  "errno.h",  "fcntl.h",    "limits.h",    "poll.h",    "pthread.h",
-            "signal.h", "stdint.h", "stdio.h",    "stdlib.h",    "string.h",  "time.h",
-            "unistd.h", "stddef.h", "inttypes.h", "sys/types.h", "sys/stat.h"};
+            "dlfcn.h",  "errno.h",    "fcntl.h",      "limits.h",   "pthread.h",  "signal.h",
+            "stddef.h", "stdint.h",   "stdio.h",      "stdlib.h",   "string.h",   "time.h",
+            "unistd.h", "inttypes.h", "sys/socket.h", "sys/stat.h", "sys/types.h"};
     return kHeaders.count(name) > 0;
 }
 

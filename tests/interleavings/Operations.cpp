@@ -14,7 +14,6 @@ using android::hardware::Return;
 using android::hardware::camera::common::V1_0::CameraDeviceStatus;
 using android::hardware::camera::common::V1_0::Status;
 using android::hardware::camera::common::V1_0::TorchModeStatus;
-using android::hardware::camera::provider::V2_4::implementation::HIDL_FETCH_ICameraProvider;
 
 void World::perform(const Operation& operation) {
     const std::string kind = operation.kind();
@@ -114,7 +113,7 @@ void World::ask(const Operation& operation) {
 
 void World::load(const Operation& operation) {
     if (operation.what == 'M') {
-        answer(HIDL_FETCH_ICameraProvider("default/0") == mMrProvider.get() ? "it" : "null");
+        answer(loadInstance("default/0") == mMrProvider.get() ? "it" : "null");
         return;
     }
     // What the entry point does once it has read the map.

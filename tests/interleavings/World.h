@@ -47,6 +47,8 @@ struct ProviderProcess {
     std::vector<Link> links;
 };
 
+/** The library's entry point. */
+ICameraProvider* loadInstance(const char* name);
 /** The library has not loaded the MR library any more. */
 void forgetMrLibrary();
 

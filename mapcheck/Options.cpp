@@ -53,12 +53,13 @@ OptionError apply(int choice, const char* word, DescriptionReader readDescriptio
             return std::nullopt;
         case DEVICES:
             return addDevices(optarg, &options->providers);
-        case DESCRIPTION:  // Known only if there is a reader.
-            return readDescription(optarg, &options->providers);
         case FORMAT:
             return setFormat(optarg, options);
         case ':':
             return std::string(word) + " needs a value";
+        case DESCRIPTION:
+            if (readDescription != nullptr) return readDescription(optarg, &options->providers);
+            [[fallthrough]];
         default:
             return std::string(word) + " is not an option, or takes no value";
     }

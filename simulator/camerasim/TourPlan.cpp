@@ -34,7 +34,7 @@ std::string typeOf(const std::string& instance) {
 Result<void> checkDeclared(const DeviceDescription& device) {
     const std::string directory = device.vendorTree() + "/etc/vintf";
     orvo::VintfManifest manifest;
-    if (const auto added = manifest.addDirectory(directory); !added) return added;
+    if (auto added = manifest.addDirectory(directory); !added) return added;
     const auto isDeclared = [&](const char* interface, const std::string& instance) {
         return manifest.transportOf(interface, instance).has_value();
     };

@@ -75,6 +75,11 @@ struct Planted {
     const char* finding;
 };
 
+/** What GoogleTest calls the case. */
+std::ostream& operator<<(std::ostream& out, const Planted& planted) {
+    return out << planted.finding;
+}
+
 class PlantedFaultTest : public ::testing::TestWithParam<Planted> {
   protected:
     ~PlantedFaultTest() override { gFault = Fault::kNone; }

@@ -86,7 +86,7 @@ Result<void> VintfManifest::addDirectory(const std::filesystem::path& directory)
     }
     files.insert(files.end(), fragments.begin(), fragments.end());
     for (const std::filesystem::path& file : files) {
-        if (const auto added = addFile(file); !added) return added;
+        if (auto added = addFile(file); !added) return added;
     }
     return {};
 }

@@ -79,7 +79,7 @@ class Reader {
         }
         mByFramework = type == "framework";
         for (const pugi::xml_node& hal : root.children("hal")) {
-            if (const auto read = readHal(hal); !read) return read;
+            if (auto read = readHal(hal); !read) return read;
         }
         return {};
     }
@@ -104,10 +104,10 @@ class Reader {
             }
         }
         for (const pugi::xml_node& interface : node.children("interface")) {
-            if (const auto read = readInterface(interface, hal); !read) return read;
+            if (auto read = readInterface(interface, hal); !read) return read;
         }
         for (const pugi::xml_node& fqname : node.children("fqname")) {
-            if (const auto read = readFqName(fqname, hal); !read) return read;
+            if (auto read = readFqName(fqname, hal); !read) return read;
         }
         return {};
     }
@@ -133,7 +133,7 @@ class Reader {
                                           "\" is no interface name; <name> is one such as IFoo");
             }
             for (const pugi::xml_node& instance : node.children("instance")) {
-                const auto declared = declare(instance, *name, textOf(instance), hal);
+                auto declared = declare(instance, *name, textOf(instance), hal);
                 if (!declared) return declared;
             }
         }

@@ -47,7 +47,7 @@ build: ## build everything with g++
 
 storm: ## kill providers and the service at random for minutes (ORVO_STORM_KILLS, ORVO_STORM_SEED)
 	$(packages) run test
-	@tools/build.sh $(with_tests) simulator_tests
+	@tools/build.sh $(with_tests) simulator_device_tests
 	@ORVO_STORM_KILLS=$${ORVO_STORM_KILLS:-200} \
 		ctest --test-dir $(BUILD) --output-on-failure --verbose -R '/StormTest\.'
 

@@ -22,8 +22,8 @@
 #include <hidl/HidlTransportSupport.h>
 
 #include "benchmarks/fakes/AnsweringProvider.h"
-#include "simulator/camerasim/DeviceHost.h"
-#include "simulator/camerasim/RunningDevice.h"
+#include "simulator/camerasim/inside/Programs.h"
+#include "simulator/camerasim/outside/Session.h"
 
 extern "C" android::hardware::camera::provider::V2_4::ICameraProvider*
 HIDL_FETCH_ICameraProvider_shim(

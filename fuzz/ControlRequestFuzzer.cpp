@@ -5,7 +5,7 @@
 #include <string>
 
 #include "fuzz/support/Require.h"
-#include "simulator/control/Condition.h"
+#include "simulator/camerasim/inside/Condition.h"
 #include "simulator/control/Request.h"
 
 using orvo::fuzz::require;

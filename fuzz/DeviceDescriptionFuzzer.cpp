@@ -5,11 +5,11 @@
 
 #include "fuzz/support/Require.h"
 #include "fuzz/support/Surroundings.h"
-#include "simulator/description/DeviceDescription.h"
+#include "simulator/description/HeadsetDescription.h"
 
 using orvo::fuzz::FreshDirectory;
 using orvo::fuzz::require;
-using orvo::simulator::DeviceDescription;
+using orvo::simulator::HeadsetDescription;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const FreshDirectory directory;
@@ -24,7 +24,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }();
 
     directory.write("device.yaml", data, size);
-    const auto device = DeviceDescription::read(directory.path());
+    const auto device = HeadsetDescription::read(directory.path());
     if (!device) {
         const std::string error = device.error().message();
         require(!error.empty() && error.find('\n') == std::string::npos, "one line of error",

@@ -6,10 +6,10 @@
 
 #include <CLI/CLI.hpp>
 
-#include "simulator/camerasim/Installation.h"
-#include "simulator/camerasim/TourCommand.h"
-#include "simulator/camerasim/UpCommand.h"
 #include "simulator/camerasim/commands/Commands.h"
+#include "simulator/camerasim/commands/UpCommand.h"
+#include "simulator/camerasim/outside/Installation.h"
+#include "simulator/camerasim/tour/TourCommand.h"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "host/Mutex.h"
-#include "simulator/control/DeviceState.h"
+#include "simulator/control/HeadsetState.h"
 
 namespace orvo::simulator {
 

@@ -5,8 +5,8 @@
 
 #include <utility>
 
-#include "simulator/provider/SimulatedDeviceV1.h"
-#include "simulator/provider/SimulatedDeviceV3.h"
+#include "simulator/provider/SimulatedCameraV1.h"
+#include "simulator/provider/SimulatedCameraV3.h"
 
 namespace orvo::simulator {
 
@@ -61,9 +61,9 @@ Return<void> SimulatedProvider::getCameraDeviceInterface_V1_x(
     const auto scripted = mCameras->script().onCall(Operation::GET_CAMERA_DEVICE_INTERFACE_V1_X);
     uint64_t plug = 0;
     const Status status = mCameras->find(name, 1, &plug);
-    sp<SimulatedDeviceV1> device;
+    sp<SimulatedCameraV1> device;
     if (status == Status::OK && (!scripted || scripted->withData)) {
-        device = new SimulatedDeviceV1(mCameras, name, plug);
+        device = new SimulatedCameraV1(mCameras, name, plug);
     }
     _hidl_cb(scripted ? scripted->status : status, device);
     return Void();
@@ -74,9 +74,9 @@ Return<void> SimulatedProvider::getCameraDeviceInterface_V3_x(
     const auto scripted = mCameras->script().onCall(Operation::GET_CAMERA_DEVICE_INTERFACE_V3_X);
     uint64_t plug = 0;
     const Status status = mCameras->find(name, 3, &plug);
-    sp<SimulatedDeviceV3> device;
+    sp<SimulatedCameraV3> device;
     if (status == Status::OK && (!scripted || scripted->withData)) {
-        device = new SimulatedDeviceV3(mCameras, name, plug);
+        device = new SimulatedCameraV3(mCameras, name, plug);
     }
     _hidl_cb(scripted ? scripted->status : status, device);
     return Void();

@@ -304,14 +304,14 @@ TEST_F(DeviceTest, TheFrameworkProgramPrintsWhatItHearsUntilTheProviderIsGone) {
     EXPECT_TRUE(run.awaitOutput("camera device@3.2/legacy/100: OK\n  resource cost: 45\n"));
     plug(mExternal, "device@3.2/external/usb-7C21", Device::PRESENT);
     EXPECT_TRUE(run.awaitOutput("status: device@3.2/legacy/usb-7C21 PRESENT\n"));
-    EXPECT_TRUE(device().supervisor().signal(RunningDevice::kService, SIGKILL));
+    EXPECT_TRUE(device().supervisor().signal(Programs::kService, SIGKILL));
     const ProgramEnd end = run.awaitEnd();
     EXPECT_EQ(1, end.status);
     EXPECT_THAT(end.err, HasSubstr("camera_framework: the provider's process is gone\n"));
 }
 
 TEST_F(DeviceTest, AFrameworkThatWaitsIsToldOfTheServicesEnd) {
-    EXPECT_TRUE(device().supervisor().signal(RunningDevice::kService, SIGKILL));
+    EXPECT_TRUE(device().supervisor().signal(Programs::kService, SIGKILL));
     const auto never = [](const StatusEvent&) { return false; };
     EXPECT_FALSE(mFramework->log().waitFor(never, std::chrono::hours(1)).has_value());
     EXPECT_TRUE(mFramework->log().isClosed());
@@ -333,8 +333,8 @@ TEST_F(DeviceTest, AFrameworkThatDiesEndsTheServiceAtTheNextReportAndNobodyElse)
     settle();
     // The library returns the framework's failure as its own, which the platform's stub forbids.
     Supervisor& supervisor = device().supervisor();
-    ASSERT_TRUE(supervisor.awaitEnd(RunningDevice::kService, kPatience));
-    EXPECT_EQ("ended by signal 6 (Aborted)", supervisor.endOf(RunningDevice::kService));
+    ASSERT_TRUE(supervisor.awaitEnd(Programs::kService, kPatience));
+    EXPECT_EQ("ended by signal 6 (Aborted)", supervisor.endOf(Programs::kService));
     EXPECT_TRUE(supervisor.isRunning("provider-external-0"));
     EXPECT_TRUE(supervisor.isRunning("provider-virtual-0"));
 

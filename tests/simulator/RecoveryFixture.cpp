@@ -69,8 +69,8 @@ void DeviceRecoveryTest::awaitEnd(const std::string& program) {
 }
 
 void DeviceRecoveryTest::endProvider(const std::string& instance) {
-    tellToEnd(RunningDevice::programOf(instance));
-    awaitEnd(RunningDevice::programOf(instance));
+    tellToEnd(Programs::programOf(instance));
+    awaitEnd(Programs::programOf(instance));
 }
 
 void DeviceRecoveryTest::startProvider(const std::string& instance) {

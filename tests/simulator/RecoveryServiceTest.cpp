@@ -34,8 +34,8 @@ TEST_P(DeviceRecoveryTest, TheServiceEndsAtTheNextReportAfterItsFrameworkDied) {
                         .isOk());
     ASSERT_TRUE(mService->awaitEnd(kPatience));
     EXPECT_EQ(kAborted, mService->end());
-    EXPECT_TRUE(device().supervisor().isRunning(RunningDevice::programOf(kExternal)));
-    EXPECT_TRUE(device().supervisor().isRunning(RunningDevice::programOf(kVirtual)));
+    EXPECT_TRUE(device().supervisor().isRunning(Programs::programOf(kExternal)));
+    EXPECT_TRUE(device().supervisor().isRunning(Programs::programOf(kVirtual)));
 
     ASSERT_NO_FATAL_FAILURE(restartService());
     EXPECT_EQ(1u, mService->restarts());
@@ -125,8 +125,8 @@ TEST_P(DeviceRecoveryTest, TheServiceAnswersForVendorTagsWhileAProviderIsDead) {
 
 /** Nothing clears the id properties: neither the end of the service nor its start. */
 TEST_P(DeviceRecoveryTest, TheIdPropertiesOutliveTheServiceAndGrowBehindWhatTheyHeld) {
-    tellToEnd(RunningDevice::kService);
-    awaitEnd(RunningDevice::kService);
+    tellToEnd(Programs::kService);
+    awaitEnd(Programs::kService);
     EXPECT_EQ("100, 101", listedIds("external"));
     EXPECT_EQ("8, 7", listedIds("virtual"));
     EXPECT_EQ("1", externalAdded());
@@ -154,8 +154,8 @@ TEST_P(DeviceRecoveryTest, TheIdPropertiesOutliveTheServiceAndGrowBehindWhatThey
 TEST_P(DeviceRecoveryTest, IdsOfCamerasThatWentWhileThereWasNoServiceStayListed) {
     ASSERT_NO_FATAL_FAILURE(plugIn());
     EXPECT_EQ("100, 101, usb-7C21", listedIds("external"));
-    tellToEnd(RunningDevice::kService);
-    awaitEnd(RunningDevice::kService);
+    tellToEnd(Programs::kService);
+    awaitEnd(Programs::kService);
     endProvider(kExternal);
     startProvider(kExternal);
     ASSERT_NO_FATAL_FAILURE(restartService());
@@ -168,8 +168,8 @@ TEST_P(DeviceRecoveryTest, IdsOfCamerasThatWentWhileThereWasNoServiceStayListed)
 
 /** Whoever is missing when the service starts is not waited for, and nothing is taken back. */
 TEST_P(DeviceRecoveryTest, AServiceThatStartsWithoutAProviderServesTheOthersAndKeepsItsProperties) {
-    tellToEnd(RunningDevice::kService);
-    awaitEnd(RunningDevice::kService);
+    tellToEnd(Programs::kService);
+    awaitEnd(Programs::kService);
     endProvider(kExternal);
     ASSERT_NO_FATAL_FAILURE(restartService());
     expectLogged(1, notFoundLine(kExternal));

@@ -103,10 +103,10 @@ TEST_P(DeviceRecoveryTest, BothProvidersDieAtTheSameMomentAndComeBack) {
     ASSERT_TRUE(mService->fillThreadPool(*mFramework));
     const ProcessUse before = mService->use();
     size_t mark = mFramework->log().size();
-    tellToEnd(RunningDevice::programOf(kExternal));
-    tellToEnd(RunningDevice::programOf(kVirtual));
-    awaitEnd(RunningDevice::programOf(kExternal));
-    awaitEnd(RunningDevice::programOf(kVirtual));
+    tellToEnd(Programs::programOf(kExternal));
+    tellToEnd(Programs::programOf(kVirtual));
+    awaitEnd(Programs::programOf(kExternal));
+    awaitEnd(Programs::programOf(kVirtual));
     EXPECT_TRUE(hearsAll(kExternalCameras, Device::NOT_PRESENT, mark));
     EXPECT_TRUE(hearsAll(kVirtualCameras, Device::NOT_PRESENT, mark));
     EXPECT_EQ("", listedIds("external"));
@@ -134,7 +134,7 @@ TEST_P(DeviceRecoveryTest, BothProvidersDieAtTheSameMomentAndComeBack) {
 TEST_P(DeviceRecoveryTest, AProviderThatDiesWhileItIsBeingLookedUpComesBackAtALaterAttempt) {
     ASSERT_TRUE(mService->fillThreadPool(*mFramework));
     const ProcessUse before = mService->use();
-    const std::string program = RunningDevice::programOf(kExternal);
+    const std::string program = Programs::programOf(kExternal);
     endProvider(kExternal);
     ASSERT_TRUE(logs(notFoundLine(kExternal)));
     const ProcessUse waiting = mService->use();

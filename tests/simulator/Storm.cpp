@@ -28,7 +28,7 @@ std::string propertyOf(const std::string& type) {
 
 }  // namespace
 
-Storm::Storm(RunningDevice& device, StormModel model, uint64_t seed)
+Storm::Storm(Programs& device, StormModel model, uint64_t seed)
     : mDevice(device),
       mModel(std::move(model)),
       mRandom(seed),
@@ -78,16 +78,16 @@ void Storm::kill(const std::string& provider) {
     mKills++;
     if (clean) mCleanEnds++;
     // Dead from now on, as far as the model goes: it may end a moment later.
-    ASSERT_TRUE(mDevice.supervisor().signal(RunningDevice::programOf(provider),
-                                            clean ? SIGTERM : SIGKILL))
-            << provider << " had ended before: "
-            << mDevice.supervisor().endOf(RunningDevice::programOf(provider));
+    ASSERT_TRUE(
+            mDevice.supervisor().signal(Programs::programOf(provider), clean ? SIGTERM : SIGKILL))
+            << provider
+            << " had ended before: " << mDevice.supervisor().endOf(Programs::programOf(provider));
     mModel.died(provider);
     mDiedAt[provider] = Clock::now();
 }
 
 void Storm::start(const std::string& provider) {
-    ASSERT_TRUE(mDevice.supervisor().awaitEnd(RunningDevice::programOf(provider), kPatience));
+    ASSERT_TRUE(mDevice.supervisor().awaitEnd(Programs::programOf(provider), kPatience));
     const auto started = mDevice.startProvider(provider);
     ASSERT_TRUE(started) << started.error().message();
     mModel.started(provider);

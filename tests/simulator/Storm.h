@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "simulator/camerasim/RunningDevice.h"
+#include "simulator/camerasim/inside/Programs.h"
 #include "simulator/framework/FrameworkClient.h"
 #include "tests/simulator/StormCaller.h"
 #include "tests/simulator/StormModel.h"
@@ -30,7 +30,7 @@ namespace orvo::simulator::testing {
  */
 class Storm {
   public:
-    Storm(RunningDevice& device, StormModel model, uint64_t seed);
+    Storm(Programs& device, StormModel model, uint64_t seed);
 
     /** The first calm: what there is now is what there must be after every other. */
     void begin();
@@ -90,7 +90,7 @@ class Storm {
     void compareUse();
     void compareChildren();
 
-    RunningDevice& mDevice;
+    Programs& mDevice;
     StormModel mModel;
     std::mt19937_64 mRandom;
     WatchedService mService;

@@ -55,7 +55,7 @@ bool Storm::awaitCalm() {
         if (::testing::Test::HasFatalFailure()) return false;
         if (hasGivenUp()) {
             mServiceEnds["a provider was away for too long"]++;
-            mDevice.supervisor().signal(RunningDevice::kService, SIGKILL);
+            mDevice.supervisor().signal(Programs::kService, SIGKILL);
             mService.awaitEnd(kPatience);
             restartService();
             deadline = Clock::now() + kPatience;

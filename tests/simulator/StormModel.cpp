@@ -34,7 +34,7 @@ StormCamera cameraOf(const std::string& provider, const CameraDescription& descr
 
 }  // namespace
 
-Result<StormModel> StormModel::read(const DeviceDescription& device, const std::string& type) {
+Result<StormModel> StormModel::read(const HeadsetDescription& device, const std::string& type) {
     StormModel model;
     for (const ProviderProgram& program : device.providers) {
         auto provider = ProviderDescription::read(program.description);

@@ -10,7 +10,7 @@
 
 #include <android-base/result.h>
 
-#include "simulator/description/DeviceDescription.h"
+#include "simulator/description/HeadsetDescription.h"
 #include "simulator/description/ProviderDescription.h"
 
 namespace orvo::simulator::testing {
@@ -32,7 +32,7 @@ struct StormCamera {
 class StormModel {
   public:
     /** Reads the descriptions. @param type the aggregating provider's own, such as "legacy". */
-    static android::base::Result<StormModel> read(const DeviceDescription& device,
+    static android::base::Result<StormModel> read(const HeadsetDescription& device,
                                                   const std::string& type);
 
     const std::vector<ProviderDescription>& providers() const { return mProviders; }

@@ -13,8 +13,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "simulator/camerasim/Janitor.h"
-#include "simulator/camerasim/Supervisor.h"
+#include "simulator/camerasim/inside/Supervisor.h"
+#include "simulator/camerasim/outside/Janitor.h"
 #include "tests/simulator/support/FreshDirectory.h"
 
 namespace orvo::simulator::testing {

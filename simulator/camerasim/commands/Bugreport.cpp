@@ -13,9 +13,9 @@
 #include <android-base/file.h>
 #include <nlohmann/json.hpp>
 
-#include "simulator/camerasim/Stage.h"
-#include "simulator/camerasim/commands/ControlClient.h"
 #include "simulator/camerasim/commands/Output.h"
+#include "simulator/camerasim/outside/Stage.h"
+#include "simulator/control/ControlClient.h"
 
 namespace orvo::simulator {
 

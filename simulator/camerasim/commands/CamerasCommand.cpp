@@ -10,7 +10,7 @@
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
-#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/HeadsetFinder.h"
 #include "simulator/camerasim/commands/Output.h"
 
 namespace orvo::simulator {
@@ -23,7 +23,7 @@ int listCameras(const DeviceOptions& options) {
     if (options.json()) {
         printDocument(answer->at("cameras"));
     } else {
-        printCameras(answer->get<DeviceState>());
+        printCameras(answer->get<HeadsetState>());
     }
     return kAsExpected;
 }

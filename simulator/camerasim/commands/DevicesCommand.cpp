@@ -10,16 +10,16 @@
 
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
-#include "simulator/camerasim/Janitor.h"
 #include "simulator/camerasim/commands/Commands.h"
-#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/HeadsetFinder.h"
 #include "simulator/camerasim/commands/Output.h"
+#include "simulator/camerasim/outside/Janitor.h"
 
 namespace orvo::simulator {
 
 namespace {
 
-nlohmann::json toJson(const FoundDevice& device) {
+nlohmann::json toJson(const FoundHeadset& device) {
     if (!device.state) return {{"root", device.root}, {"problem", device.problem}};
     return {{"root", device.root},
             {"name", device.state->name},
@@ -28,9 +28,9 @@ nlohmann::json toJson(const FoundDevice& device) {
             {"uptimeSeconds", device.state->uptimeSeconds}};
 }
 
-void printTable(const std::vector<FoundDevice>& devices) {
+void printTable(const std::vector<FoundHeadset>& devices) {
     Table table({"DEVICE", "PROCESS", "RUNS FOR", "ROOT", "DESCRIPTION"});
-    for (const FoundDevice& device : devices) {
+    for (const FoundHeadset& device : devices) {
         if (device.state) {
             table.addRow({device.state->name, std::to_string(device.state->pid),
                           durationText(device.state->uptimeSeconds), device.root,
@@ -44,10 +44,10 @@ void printTable(const std::vector<FoundDevice>& devices) {
 }
 
 int listDevices(const DeviceOptions& options) {
-    const std::vector<FoundDevice> devices = runningDevices();
+    const std::vector<FoundHeadset> devices = runningDevices();
     if (options.json()) {
         nlohmann::json list = nlohmann::json::array();
-        for (const FoundDevice& device : devices) list.push_back(toJson(device));
+        for (const FoundHeadset& device : devices) list.push_back(toJson(device));
         printDocument(list);
     } else if (devices.empty()) {
         printNothing("no device runs below " + directoryOfDirectories() +

@@ -11,9 +11,9 @@
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
-#include "simulator/camerasim/commands/ControlClient.h"
-#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/HeadsetFinder.h"
 #include "simulator/camerasim/commands/Output.h"
+#include "simulator/control/ControlClient.h"
 
 namespace orvo::simulator {
 

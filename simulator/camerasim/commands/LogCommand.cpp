@@ -11,14 +11,14 @@
 
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
-#include "simulator/camerasim/Narrator.h"
-#include "simulator/camerasim/RunningDevice.h"
-#include "simulator/camerasim/Stage.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
-#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/HeadsetFinder.h"
 #include "simulator/camerasim/commands/LogReader.h"
 #include "simulator/camerasim/commands/Output.h"
+#include "simulator/camerasim/inside/Programs.h"
+#include "simulator/camerasim/outside/Stage.h"
+#include "simulator/camerasim/tour/Narrator.h"
 
 namespace orvo::simulator {
 
@@ -34,7 +34,7 @@ struct LogOptions : DeviceOptions {
 /** A provider's log goes by the provider's name, too. */
 Result<std::string> programCalled(const std::string& name,
                                   const std::vector<std::string>& programs) {
-    for (const std::string& candidate : {name, RunningDevice::programOf(name)}) {
+    for (const std::string& candidate : {name, Programs::programOf(name)}) {
         if (std::find(programs.begin(), programs.end(), candidate) != programs.end()) {
             return candidate;
         }

@@ -9,7 +9,7 @@
 #include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/commands/Complaint.h"
-#include "simulator/control/DeviceState.h"
+#include "simulator/control/HeadsetState.h"
 
 namespace orvo::simulator {
 
@@ -27,35 +27,36 @@ bool any(const List& list, Fits fits) {
     return std::any_of(list.begin(), list.end(), fits);
 }
 
-bool hasProvider(const DeviceState& state, const std::string& name) {
+bool hasProvider(const HeadsetState& state, const std::string& name) {
     return name == kService ||
            any(state.providers, [&](const auto& provider) { return provider.instance == name; });
 }
 
-bool hasCamera(const DeviceState& state, const std::string& name) {
+bool hasCamera(const HeadsetState& state, const std::string& name) {
     return any(state.cameras, [&](const auto& camera) { return camera.name == name; });
 }
 
 /** By its name or by its id. */
-bool hasDevice(const DeviceState& state, const std::string& name) {
+bool hasDevice(const HeadsetState& state, const std::string& name) {
     return any(state.providers, [&](const ProviderState& provider) {
-        return any(provider.devices, [&](const DeviceOfProvider& device) {
+        return any(provider.devices, [&](const CameraOfProvider& device) {
             return device.name == name || android::base::EndsWith(device.name, "/" + name);
         });
     });
 }
 
-bool serves(const DeviceState& state, const std::string& name) {
+bool serves(const HeadsetState& state, const std::string& name) {
     return any(state.service.instances, [&](const auto& instance) { return instance == name; });
 }
 
 /** Whether the request has the member and its name is a stranger's. */
 template <typename Knows>
-bool namesStranger(const Json& request, const char* member, const DeviceState& state, Knows knows) {
+bool namesStranger(const Json& request, const char* member, const HeadsetState& state,
+                   Knows knows) {
     return request.contains(member) && !knows(state, request.at(member).get<std::string>());
 }
 
-bool namesStranger(const Json& request, const DeviceState& state) {
+bool namesStranger(const Json& request, const HeadsetState& state) {
     return namesStranger(request, "provider", state, hasProvider) ||
            namesStranger(request, "camera", state, hasCamera) ||
            namesStranger(request, "device", state, hasDevice) ||
@@ -71,7 +72,7 @@ Result<Json> askByName(const std::string& root, const Json& request,
     auto answer = ask(root, request, patience);
     if (answer) return answer;
     const auto state = ask(root, {{"command", "state"}});
-    if (!state || !namesStranger(request, state->get<DeviceState>())) return answer;
+    if (!state || !namesStranger(request, state->get<HeadsetState>())) return answer;
     return unexpected(badUse(answer.error().message()));
 }
 

@@ -9,7 +9,7 @@
 #include <android-base/result.h>
 #include <nlohmann/json_fwd.hpp>
 
-#include "simulator/camerasim/commands/ControlClient.h"
+#include "simulator/control/ControlClient.h"
 
 namespace orvo::simulator {
 

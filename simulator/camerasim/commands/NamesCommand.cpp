@@ -8,8 +8,8 @@
 
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
-#include "simulator/camerasim/commands/ControlClient.h"
-#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/HeadsetFinder.h"
+#include "simulator/control/ControlClient.h"
 
 namespace orvo::simulator {
 
@@ -24,10 +24,10 @@ void print(const std::string& word) {
     std::cout << word << "\n";
 }
 
-void printOfProvider(const DeviceState& state, const std::string& instance) {
+void printOfProvider(const HeadsetState& state, const std::string& instance) {
     for (const ProviderState& provider : state.providers) {
         if (provider.instance != instance) continue;
-        for (const DeviceOfProvider& device : provider.devices) print(device.name);
+        for (const CameraOfProvider& device : provider.devices) print(device.name);
     }
 }
 
@@ -37,7 +37,7 @@ void printOfDevice(const NamesOptions& options) {
     if (!root) return;
     const auto answer = ask(*root, {{"command", "state"}}, std::chrono::seconds(2));
     if (!answer) return;
-    const DeviceState state = answer->get<DeviceState>();
+    const HeadsetState state = answer->get<HeadsetState>();
     if (options.kind == "devices-of") return printOfProvider(state, options.of);
     if (options.kind == "cameras") {
         for (const CameraState& camera : state.cameras) print(camera.name);
@@ -54,7 +54,7 @@ int printNames(const NamesOptions& options, const Commands& commands) {
     } else if (options.kind == "options") {
         for (const std::string& name : commands.optionsOf(options.of)) print(name);
     } else if (options.kind == "devices") {
-        for (const FoundDevice& device : runningDevices()) {
+        for (const FoundHeadset& device : runningDevices()) {
             if (device.state) print(device.state->name);
         }
     } else {

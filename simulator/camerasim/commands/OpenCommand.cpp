@@ -11,13 +11,13 @@
 
 #include "simulator/camerasim/Colour.h"
 #include "simulator/camerasim/ExitStatus.h"
-#include "simulator/camerasim/Narrator.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
-#include "simulator/camerasim/commands/ControlClient.h"
-#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/HeadsetFinder.h"
 #include "simulator/camerasim/commands/NamedRequest.h"
 #include "simulator/camerasim/commands/Output.h"
+#include "simulator/camerasim/tour/Narrator.h"
+#include "simulator/control/ControlClient.h"
 
 namespace orvo::simulator {
 
@@ -85,7 +85,7 @@ int closeCameras(const OpenOptions& options) {
     const auto answer = ask(*root, {{"command", "state"}});
     if (!answer) return complain(answer.error());
     int status = -1;
-    for (const CameraState& camera : answer->get<DeviceState>().cameras) {
+    for (const CameraState& camera : answer->get<HeadsetState>().cameras) {
         if (camera.open) status = std::max(status, closeOne(*root, camera.name));
     }
     if (status >= 0) return status;

@@ -11,8 +11,8 @@
 #include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/Colour.h"
-#include "simulator/camerasim/Narrator.h"
-#include "simulator/camerasim/UpScreen.h"
+#include "simulator/camerasim/inside/EventPrinter.h"
+#include "simulator/camerasim/tour/Narrator.h"
 
 namespace orvo::simulator {
 
@@ -85,7 +85,7 @@ Paint paintOf(const std::string& status) {
     return Paint::PLAIN;
 }
 
-Table providerTable(const DeviceState& state) {
+Table providerTable(const HeadsetState& state) {
     Table table({"PROVIDER", "BEHIND", "DECLARED", "RUNS", "CONNECTED", "DEATHS", "PRESENT",
                  "LAST END"});
     for (const ProviderState& provider : state.providers) {
@@ -97,7 +97,7 @@ Table providerTable(const DeviceState& state) {
     return table;
 }
 
-Table cameraTable(const DeviceState& state) {
+Table cameraTable(const HeadsetState& state) {
     Table table({"CAMERA", "SERVICE", "STATUS", "TORCH", "OPEN"});
     for (const CameraState& camera : state.cameras) {
         table.addRow({camera.name,
@@ -109,7 +109,7 @@ Table cameraTable(const DeviceState& state) {
     return table;
 }
 
-std::string headerOf(const DeviceState& state) {
+std::string headerOf(const HeadsetState& state) {
     const ServiceState& service = state.service;
     std::string text = state.name + ", up for " + durationText(state.uptimeSeconds) + ", in " +
                        state.root + "\ncamera provider service: ";
@@ -119,7 +119,7 @@ std::string headerOf(const DeviceState& state) {
     return text + "; serves " + listed(service.instances);
 }
 
-void printCameras(const DeviceState& state) {
+void printCameras(const HeadsetState& state) {
     if (!state.cameras.empty()) cameraTable(state).print(std::cout, wantsColour());
     bool reasons = false;
     for (const ProviderState& provider : state.providers) {

@@ -9,7 +9,7 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "simulator/camerasim/commands/Table.h"
-#include "simulator/control/DeviceState.h"
+#include "simulator/control/HeadsetState.h"
 
 namespace orvo::simulator {
 
@@ -34,14 +34,14 @@ std::string counted(size_t count, const std::string& what);
 /** Green for what is good, red for what is bad, plain for anything else. */
 Paint paintOf(const std::string& status);
 
-Table providerTable(const DeviceState& state);
-Table cameraTable(const DeviceState& state);
+Table providerTable(const HeadsetState& state);
+Table cameraTable(const HeadsetState& state);
 
 /** The device and its camera provider service, in two lines without an end. */
-std::string headerOf(const DeviceState& state);
+std::string headerOf(const HeadsetState& state);
 
 /** The table of cameras, and for each provider without any the reason. */
-void printCameras(const DeviceState& state);
+void printCameras(const HeadsetState& state);
 
 /** What services wrote for whoever looks at them, one below the other; "" if there is none. */
 std::string dumpText(const nlohmann::json& answer);

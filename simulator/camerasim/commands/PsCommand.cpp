@@ -11,7 +11,7 @@
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
-#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/HeadsetFinder.h"
 #include "simulator/camerasim/commands/Output.h"
 
 namespace orvo::simulator {
@@ -25,7 +25,7 @@ int listProviders(const DeviceOptions& options) {
         printDocument(*answer);
         return kAsExpected;
     }
-    const DeviceState state = answer->get<DeviceState>();
+    const HeadsetState state = answer->get<HeadsetState>();
     std::cout << headerOf(state) << "\n";
     if (state.providers.empty()) {
         printNothing("neither the map, the manifest nor device.yaml names a provider");

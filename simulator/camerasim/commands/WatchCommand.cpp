@@ -17,10 +17,10 @@
 #include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/Commands.h"
 #include "simulator/camerasim/commands/Complaint.h"
-#include "simulator/camerasim/commands/ControlClient.h"
-#include "simulator/camerasim/commands/DeviceFinder.h"
+#include "simulator/camerasim/commands/HeadsetFinder.h"
 #include "simulator/camerasim/commands/LiveScreen.h"
 #include "simulator/camerasim/commands/Output.h"
+#include "simulator/control/ControlClient.h"
 
 namespace orvo::simulator {
 
@@ -82,7 +82,7 @@ std::string Watch::picture() const {
     std::ostringstream out;
     const auto answer = ask(mRoot, {{"command", "state"}}, kStatePatience);
     if (answer) {
-        const DeviceState state = answer->get<DeviceState>();
+        const HeadsetState state = answer->get<HeadsetState>();
         out << headerOf(state) << "\n\n";
         providerTable(state).print(out, wantsColour());
         out << "\n";
@@ -129,7 +129,7 @@ Result<void> Watch::asLines() {
     if (!known) return unexpected(known.error());
     const auto answer = ask(mRoot, {{"command", "state"}});
     if (!answer) return unexpected(answer.error());
-    const DeviceState state = answer->get<DeviceState>();
+    const HeadsetState state = answer->get<HeadsetState>();
     std::cout << headerOf(state) << "\n\n";
     providerTable(state).print(std::cout, false);
     std::cout << "\n";

@@ -77,7 +77,7 @@ TEST_F(ActingTest, CloseWithoutANameClosesWhatIsHeld) {
 }
 
 TEST_F(ActingTest, ThereMayBeNothingToClose) {
-    DeviceState state = mDevice.state();
+    HeadsetState state = mDevice.state();
     state.cameras[0].open = false;
     mDevice.answer("state", state);
     expectComplaint({"close"}, 1, "no camera is held open; camerasim open CAMERA --hold does so");

@@ -116,7 +116,7 @@ TEST_F(CompletionOfADeviceTest, ConditionsAreOfferedWordByWord) {
 }
 
 TEST_F(CompletionOfADeviceTest, TheDeviceThatIsNamedIsAsked) {
-    DeviceState other = sampleState();
+    HeadsetState other = sampleState();
     other.name = "glasses";
     other.cameras = {{"device@3.2/legacy/55", "legacy/0", "PRESENT", "", false}};
     const FakeDevice glasses(mTemporary.path(), "other1", other);

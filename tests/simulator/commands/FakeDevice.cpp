@@ -49,8 +49,8 @@ ProviderState provider(const std::string& instance, int pid) {
 
 }  // namespace
 
-DeviceState sampleState() {
-    DeviceState state{};
+HeadsetState sampleState() {
+    HeadsetState state{};
     state.name = "headset";
     state.directory = "/devices/headset";
     state.pid = 4000;
@@ -86,7 +86,7 @@ std::vector<TimelineEvent> sampleEvents() {
             {3, "14:03:09.000000", 2.5, "camera", "device@3.2/legacy/7", "NOT_PRESENT"}};
 }
 
-FakeDevice::FakeDevice(const std::string& temporary, const std::string& suffix, DeviceState state)
+FakeDevice::FakeDevice(const std::string& temporary, const std::string& suffix, HeadsetState state)
     : mState(std::move(state)) {
     mState.root = fs::canonical(temporary).string() + "/camerasim." + suffix;
     fs::create_directories(root() + "/run/log");

@@ -14,12 +14,12 @@
 #include <android-base/unique_fd.h>
 #include <nlohmann/json.hpp>
 
-#include "simulator/control/DeviceState.h"
+#include "simulator/control/HeadsetState.h"
 
 namespace orvo::simulator::testing {
 
 /** Two providers that are well, one that has died, one that is only named; five cameras. */
-DeviceState sampleState();
+HeadsetState sampleState();
 /** Three events, numbered from 1. */
 std::vector<TimelineEvent> sampleEvents();
 
@@ -29,13 +29,13 @@ class FakeDevice {
     using Json = nlohmann::json;
 
     /** @param suffix six characters. Until told otherwise it answers "state" only. */
-    FakeDevice(const std::string& temporary, const std::string& suffix, DeviceState state);
+    FakeDevice(const std::string& temporary, const std::string& suffix, HeadsetState state);
     explicit FakeDevice(const std::string& temporary)
         : FakeDevice(temporary, "fake01", sampleState()) {}
     ~FakeDevice();
 
     const std::string& root() const { return mState.root; }
-    const DeviceState& state() const { return mState; }
+    const HeadsetState& state() const { return mState; }
     std::string write(const std::string& file, const std::string& content) const;
 
     void answer(const std::string& command, const Json& result);
@@ -58,7 +58,7 @@ class FakeDevice {
     void handle(android::base::unique_fd connection);
     void sendEvents(android::base::unique_fd connection, const Json& request) REQUIRES(mLock);
 
-    DeviceState mState;
+    HeadsetState mState;
     android::base::unique_fd mSocket;
     std::mutex mLock;
     std::condition_variable mChanged;

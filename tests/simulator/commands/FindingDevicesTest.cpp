@@ -15,8 +15,8 @@ using ::testing::HasSubstr;
 
 class FindingDevicesTest : public CommandsFixture {
   protected:
-    static DeviceState called(const std::string& name, const std::string& directory) {
-        DeviceState state = sampleState();
+    static HeadsetState called(const std::string& name, const std::string& directory) {
+        HeadsetState state = sampleState();
         state.name = name;
         state.directory = directory;
         return state;

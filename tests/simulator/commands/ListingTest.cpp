@@ -16,7 +16,7 @@ class ListingTest : public CommandsFixture {
     /** A device whose state is the sample, changed. */
     template <typename Change>
     void changeState(Change change) {
-        DeviceState state = mDevice.state();
+        HeadsetState state = mDevice.state();
         change(state);
         mDevice.answer("state", state);
     }
@@ -48,7 +48,7 @@ TEST_F(ListingTest, PsHasARowForEachProviderAndWhatIsWrongBelow) {
 }
 
 TEST_F(ListingTest, PsTellsOfAHungProcessAndOfAServiceThatWasRestarted) {
-    changeState([](DeviceState& state) {
+    changeState([](HeadsetState& state) {
         state.providers[0].hung = true;
         state.service.restarts = 2;
         state.service.lastEnd = "ended by signal 6 (Aborted)";
@@ -60,14 +60,14 @@ TEST_F(ListingTest, PsTellsOfAHungProcessAndOfAServiceThatWasRestarted) {
 }
 
 TEST_F(ListingTest, PsTellsThatTheServiceDoesNotRun) {
-    changeState([](DeviceState& state) { state.service = {false, 0, 1, "", {}}; });
+    changeState([](HeadsetState& state) { state.service = {false, 0, 1, "", {}}; });
     EXPECT_THAT(
             camerasim({"ps"}).out,
             HasSubstr("camera provider service: not running, restarted 1 time; serves nothing"));
 }
 
 TEST_F(ListingTest, PsWithoutAProviderSaysWhy) {
-    changeState([](DeviceState& state) { state.providers.clear(); });
+    changeState([](HeadsetState& state) { state.providers.clear(); });
     expectPrints({"ps"}, header() +
                                  "nothing to list: neither the map, the manifest nor device.yaml"
                                  " names a provider\n");
@@ -88,14 +88,14 @@ TEST_F(ListingTest, CamerasHasARowForEachCameraAndTheProvidersWithoutAny) {
 }
 
 TEST_F(ListingTest, NoCamerasAreOnlyTheReasons) {
-    changeState([](DeviceState& state) { state.cameras.clear(); });
+    changeState([](HeadsetState& state) { state.cameras.clear(); });
     expectPrints({"cameras"},
                  "no cameras of virtual/0: declared but not running\n"
                  "no cameras of ghost/0: named in the map but not declared in the manifest\n");
 }
 
 TEST_F(ListingTest, NoCamerasForNoReasonIsSaidToo) {
-    changeState([](DeviceState& state) {
+    changeState([](HeadsetState& state) {
         state.cameras.clear();
         state.providers.clear();
     });

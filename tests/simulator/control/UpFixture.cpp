@@ -55,9 +55,9 @@ std::string DeviceRun::refusal(const json& request) const {
     return answer.value("error", "");
 }
 
-DeviceState DeviceRun::state() const {
+HeadsetState DeviceRun::state() const {
     const json answer = request({{"command", "state"}});
-    return answer.empty() ? DeviceState{} : answer.get<DeviceState>();
+    return answer.empty() ? HeadsetState{} : answer.get<HeadsetState>();
 }
 
 ProviderState DeviceRun::provider(const std::string& instance) const {

@@ -13,7 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "simulator/control/DeviceState.h"
+#include "simulator/control/HeadsetState.h"
 #include "tests/simulator/control/ControlTalk.h"
 #include "tests/simulator/support/FreshDirectory.h"
 #include "tests/simulator/support/ProgramRun.h"
@@ -40,7 +40,7 @@ class DeviceRun {
     nlohmann::json request(const nlohmann::json& request) const;
     /** The error of a request that must fail. */
     std::string refusal(const nlohmann::json& request) const;
-    DeviceState state() const;
+    HeadsetState state() const;
     ProviderState provider(const std::string& instance) const;
     /** Waits for a condition; false if it is not met in 30 seconds. */
     bool waitFor(const nlohmann::json& condition) const;

@@ -42,7 +42,7 @@ TEST_F(UpTest, TellsItsState) {
     for (const char* instance : {"legacy/0", "default/0", "external/0", "virtual/0"}) {
         ASSERT_TRUE(mDevice->waitFor({{"provider", instance}, {"is", "connected"}}));
     }
-    const DeviceState state = mDevice->state();
+    const HeadsetState state = mDevice->state();
     EXPECT_EQ("headset", state.name);
     EXPECT_EQ(mDevice->root(), state.root);
     EXPECT_GT(state.uptimeSeconds, 0);
@@ -281,7 +281,7 @@ TEST_F(UpTest, AHungProviderHangsNobodyElse) {
 
 TEST_F(UpTest, AHungServiceHangsNobodyEither) {
     does("hang", "service");
-    const DeviceState state = mDevice->state();
+    const HeadsetState state = mDevice->state();
     EXPECT_THAT(state.providers[0].problem, HasSubstr("the camera provider service is hung"));
     EXPECT_EQ(3u, state.providers[2].devices.size()) << "providers answer for themselves";
     EXPECT_EQ(

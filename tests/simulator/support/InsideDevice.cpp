@@ -16,7 +16,7 @@
 #include <gtest/gtest.h>
 #include <hidl/HidlTransportSupport.h>
 
-#include "simulator/camerasim/DeviceHost.h"
+#include "simulator/camerasim/outside/Session.h"
 
 namespace orvo::simulator::testing {
 
@@ -25,18 +25,18 @@ namespace {
 /** Set for the inner process only: the root of the stage. */
 constexpr char kStageVariable[] = "ORVO_TEST_STAGE";
 
-std::unique_ptr<RunningDevice> gDevice;
+std::unique_ptr<Programs> gDevice;
 
 class BootedDevice : public ::testing::Environment {
   public:
     void SetUp() override {
-        const auto description = DeviceDescription::read(ORVO_HEADSET);
+        const auto description = HeadsetDescription::read(ORVO_HEADSET);
         const auto installation = Installation::ofThisProgram();
         ASSERT_TRUE(description) << description.error().message();
         ASSERT_TRUE(installation) << installation.error().message();
         android::hardware::configureRpcThreadpool(8, false);
-        gDevice = std::make_unique<RunningDevice>(*description, *installation,
-                                                  Stage(getenv(kStageVariable)));
+        gDevice = std::make_unique<Programs>(*description, *installation,
+                                             Stage(getenv(kStageVariable)));
         const auto booted = gDevice->boot();
         ASSERT_TRUE(booted) << booted.error().message();
     }
@@ -52,13 +52,13 @@ bool onlyLists(int argc, char** argv) {
 }
 
 int runOutside(int argc, char** argv) {
-    const auto description = DeviceDescription::read(ORVO_HEADSET);
+    const auto description = HeadsetDescription::read(ORVO_HEADSET);
     const auto installation = Installation::ofThisProgram();
     if (!description || !installation) {
         std::cerr << "the default device or the build is not complete\n";
         return 1;
     }
-    auto host = DeviceHost::prepare(*description, *installation, false);
+    auto host = Session::prepare(*description, *installation, false);
     if (!host) {
         std::cerr << host.error().message() << "\n";
         return 1;
@@ -76,7 +76,7 @@ int runOutside(int argc, char** argv) {
 
 }  // namespace
 
-RunningDevice& device() {
+Programs& device() {
     return *gDevice;
 }
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "simulator/camerasim/RunningDevice.h"
+#include "simulator/camerasim/inside/Programs.h"
 
 namespace orvo::simulator::testing {
 
@@ -11,6 +11,6 @@ namespace orvo::simulator::testing {
  * The device of this test process: the default one, booted before the first test and shut down
  * after the last. CTest runs each test in a process of its own, so with a device of its own.
  */
-RunningDevice& device();
+Programs& device();
 
 }  // namespace orvo::simulator::testing

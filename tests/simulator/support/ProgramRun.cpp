@@ -20,7 +20,7 @@
 
 #include <android-base/file.h>
 
-#include "simulator/camerasim/CommandLine.h"
+#include "simulator/process/CommandLine.h"
 
 extern char** environ;
 

@@ -45,23 +45,23 @@ size_t poolThreadsOf(pid_t process) {
 
 }  // namespace
 
-WatchedService::WatchedService(RunningDevice& device)
-    : mDevice(device), mLog(device.stage().logOf(RunningDevice::kService)) {}
+WatchedService::WatchedService(Programs& device)
+    : mDevice(device), mLog(device.stage().logOf(Programs::kService)) {}
 
 bool WatchedService::isRunning() const {
-    return mDevice.supervisor().isRunning(RunningDevice::kService);
+    return mDevice.supervisor().isRunning(Programs::kService);
 }
 
 pid_t WatchedService::pid() const {
-    return mDevice.supervisor().pidOf(RunningDevice::kService).value_or(0);
+    return mDevice.supervisor().pidOf(Programs::kService).value_or(0);
 }
 
 bool WatchedService::awaitEnd(std::chrono::milliseconds patience) const {
-    return mDevice.supervisor().awaitEnd(RunningDevice::kService, patience);
+    return mDevice.supervisor().awaitEnd(Programs::kService, patience);
 }
 
 std::string WatchedService::end() const {
-    return mDevice.supervisor().endOf(RunningDevice::kService);
+    return mDevice.supervisor().endOf(Programs::kService);
 }
 
 android::base::Result<void> WatchedService::restart() {
@@ -113,14 +113,14 @@ std::string providerGivenUpLine(const std::string& instance) {
     return "Failed to reconnect to " + instance + " after 10 attempts\n";
 }
 
-bool settle(const RunningDevice& device, const std::string& instance) {
+bool settle(const Programs& device, const std::string& instance) {
     const auto control = device.control(instance);
     if (control == nullptr) return false;
     const auto settled = control->settle(std::chrono::milliseconds(kPatience).count());
     return settled.isOk() && settled;
 }
 
-std::string setDeviceStatus(const RunningDevice& device, const std::string& instance,
+std::string setDeviceStatus(const Programs& device, const std::string& instance,
                             const std::string& cameraDeviceName, StatusEvent::Device status) {
     const auto control = device.control(instance);
     if (control == nullptr) return instance + " has no control";

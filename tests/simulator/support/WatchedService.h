@@ -10,7 +10,7 @@
 
 #include <android-base/result.h>
 
-#include "simulator/camerasim/RunningDevice.h"
+#include "simulator/camerasim/inside/Programs.h"
 #include "simulator/framework/FrameworkClient.h"
 #include "tests/simulator/support/ProcessUse.h"
 #include "tests/simulator/support/ServiceLog.h"
@@ -20,7 +20,7 @@ namespace orvo::simulator::testing {
 /** The service must be running when this is made. For the main thread. */
 class WatchedService {
   public:
-    explicit WatchedService(RunningDevice& device);
+    explicit WatchedService(Programs& device);
 
     bool isRunning() const;
     /** 0 if it is not running. */
@@ -54,7 +54,7 @@ class WatchedService {
     ProcessUse use() const { return ProcessUse::of(pid()); }
 
   private:
-    RunningDevice& mDevice;
+    Programs& mDevice;
     ServiceLog mLog;
     size_t mStart = 0;
     size_t mRestarts = 0;
@@ -67,10 +67,10 @@ std::string providerBackLine(const std::string& instance);
 std::string providerGivenUpLine(const std::string& instance);
 
 /** Waits until a provider's reports so far have been answered; false if it dies or is too slow. */
-bool settle(const RunningDevice& device, const std::string& instance);
+bool settle(const Programs& device, const std::string& instance);
 
 /** Has a provider process plug one of its cameras in or out; what refused it, or "". */
-std::string setDeviceStatus(const RunningDevice& device, const std::string& instance,
+std::string setDeviceStatus(const Programs& device, const std::string& instance,
                             const std::string& cameraDeviceName, StatusEvent::Device status);
 
 /** The value of the id property of a provider type. */

@@ -80,13 +80,13 @@ class FrameworkClient::Death : public hidl_death_recipient {
     const sp<StatusLog> mLog;
 };
 
-Result<std::unique_ptr<FrameworkClient>> FrameworkClient::connect(const std::string& instance) {
+Result<std::unique_ptr<FrameworkClient>> FrameworkClient::connect(const std::string& instance,
+                                                                  const sp<StatusLog>& log) {
     sp<Provider> provider = Provider::tryGetService(instance);
     if (provider == nullptr) {
         return Error() << "no camera provider is registered as " << instance
                        << "; start one, or name one that is there";
     }
-    sp<StatusLog> log = new StatusLog();
     sp<Death> death = new Death(log);
     const Return<bool> linked = provider->linkToDeath(death, 0);
     if (!linked.isOk() || !linked) {

@@ -55,7 +55,7 @@ class FrameworkClient {
 
     /** Finds the service; an error, one line, if it is not registered. Does not wait for it. */
     static android::base::Result<std::unique_ptr<FrameworkClient>> connect(
-            const std::string& instance);
+            const std::string& instance, const android::sp<StatusLog>& log = new StatusLog());
     /** Ends every wait on the log. The log itself stays with the provider, which knows it. */
     ~FrameworkClient();
 

@@ -1,23 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
 // camera_framework: prints what a camera provider serves, then each status that it reports.
 
-#include <unistd.h>
-
 #include <chrono>
 #include <iostream>
 #include <string>
 
 #include <hidl/HidlTransportSupport.h>
 
+#include "host/TransportEnd.h"
 #include "simulator/framework/FrameworkClient.h"
 #include "simulator/process/ProgramLife.h"
 
 namespace {
 
+using android::sp;
 using orvo::simulator::Answer;
 using orvo::simulator::CameraFacts;
 using orvo::simulator::FrameworkClient;
 using orvo::simulator::StatusEvent;
+using orvo::simulator::StatusLog;
 
 constexpr int kProviderGone = 1;
 
@@ -62,8 +63,8 @@ void printCamera(FrameworkClient& client, const std::string& name) {
     }
 }
 
-/** Prints each status, and each camera that has come; ends when the provider is gone. */
-int watch(FrameworkClient& client) {
+/** Prints each status, and each camera that has come, until the log is closed. */
+void watch(FrameworkClient& client) {
     using Device = StatusEvent::Device;
     const auto any = [](const StatusEvent&) { return true; };
     for (size_t next = 0;; next++) {
@@ -71,32 +72,25 @@ int watch(FrameworkClient& client) {
         while (!event && !client.log().isClosed()) {
             event = client.log().waitFor(any, std::chrono::hours(1), next);
         }
-        if (!event) break;
+        if (!event) return;
         std::cout << "status: " << event->toText() << "\n";
         if (event->is(event->cameraDeviceName, Device::PRESENT)) {
             printCamera(client, event->cameraDeviceName);
         }
         std::cout.flush();
     }
-    std::cerr << "camera_framework: the provider's process is gone\n";
-    return kProviderGone;
 }
 
-int run(const std::string& instance) {
-    auto client = FrameworkClient::connect(instance);
-    if (!client) {
-        std::cerr << "camera_framework: " << client.error().message() << "\n";
-        return kProviderGone;
-    }
+/** @return why it goes on no more, in one line. */
+std::string run(const std::string& instance, const sp<StatusLog>& log) {
+    auto client = FrameworkClient::connect(instance, log);
+    if (!client) return client.error().message();
     const auto registered = (*client)->registerCallback();
-    if (!registered.ok()) {
-        std::cerr << "camera_framework: the callback was not taken: " << heading(registered)
-                  << "\n";
-        return kProviderGone;
-    }
+    if (!registered.ok()) return "the callback was not taken: " + heading(registered);
     printLists(**client);
     std::cout.flush();
-    return watch(**client);
+    watch(**client);
+    return "the provider's process is gone";
 }
 
 }  // namespace
@@ -109,10 +103,15 @@ int main(int argc, char** argv) {
                      "Prints what a camera provider serves, then each status, until Ctrl-C.",
                      "INSTANCE", "instance name, such as legacy/0", 1})
                     .front();
-    orvo::simulator::endQuietlyOnSignals();
+    const sp<StatusLog> log = new StatusLog();
+    const orvo::simulator::EndingSignals told([&log] {
+        orvo::endTransport();
+        log->close();
+    });
     android::hardware::configureRpcThreadpool(kPoolThreads, false);
-    const int status = run(instance);
-    std::cout.flush();
-    // Threads of the pool still run; ending without destructors is the only safe way out.
-    _exit(status);
+    const std::string why = run(instance, log);
+    orvo::endTransport();
+    if (told.came()) return 0;
+    std::cerr << "camera_framework: " << why << "\n";
+    return kProviderGone;
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // ProgramLife: the C library reads options; one thread waits for the signals that all others have
-// blocked.
+// blocked, and gets one itself when it is no longer needed.
 
 #include "simulator/process/ProgramLife.h"
 
@@ -9,7 +9,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
-#include <thread>
+#include <utility>
 
 namespace orvo::simulator {
 
@@ -54,15 +54,22 @@ void blockEndingSignals() {
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 }
 
-void endQuietlyOnSignals() {
+EndingSignals::EndingSignals(std::function<void()> end) {
     blockEndingSignals();
-    std::thread([] {
+    mThread = std::thread([this, end = std::move(end)] {
         const sigset_t signals = endingSignals();
         int signal = 0;
         sigwait(&signals, &signal);
-        fflush(stdout);
-        _exit(0);
-    }).detach();
+        if (mIsOver) return;
+        mCame = true;
+        end();
+    });
+}
+
+EndingSignals::~EndingSignals() {
+    mIsOver = true;
+    pthread_kill(mThread.native_handle(), SIGTERM);
+    mThread.join();
 }
 
 void announceReady() {

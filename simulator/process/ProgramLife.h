@@ -5,7 +5,10 @@
 
 #include <signal.h>
 
+#include <atomic>
+#include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace orvo::simulator {
@@ -31,11 +34,24 @@ sigset_t endingSignals();
 /** Blocks them in this thread and in those that it starts; call it before there are others. */
 void blockEndingSignals();
 
-/**
- * Blocks them, and ends the process with status 0 when one comes. Nothing is destroyed: threads of
- * the platform's pool still run then.
- */
-void endQuietlyOnSignals();
+/** Waits for them on a thread of its own. Made before there are others, as it blocks them. */
+class EndingSignals {
+  public:
+    /** @param end is called once, on that thread, when the first of them comes. */
+    explicit EndingSignals(std::function<void()> end);
+    /** Waits for what was called; from then on they stay blocked and unheard. */
+    ~EndingSignals();
+    EndingSignals(const EndingSignals&) = delete;
+    EndingSignals& operator=(const EndingSignals&) = delete;
+
+    /** Whether one has come. */
+    bool came() const { return mCame; }
+
+  private:
+    std::atomic<bool> mCame{false};
+    std::atomic<bool> mIsOver{false};
+    std::thread mThread;
+};
 
 /**
  * Tells whoever started this program that it serves: one line "ready" on stdout. What is written to

@@ -1,15 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // simulated_provider: a process that serves the cameras of one YAML description.
 
-#include <signal.h>
-#include <unistd.h>
-
 #include <iostream>
 #include <memory>
 #include <string>
 
 #include <hidl/HidlTransportSupport.h>
 
+#include "host/TransportEnd.h"
 #include "simulator/process/ProgramLife.h"
 #include "simulator/provider/ProviderControl.h"
 #include "simulator/provider/SimulatedProvider.h"
@@ -18,6 +16,7 @@ namespace {
 
 using android::OK;
 using android::sp;
+using orvo::simulator::EndingSignals;
 using orvo::simulator::ProviderControl;
 using orvo::simulator::ProviderDescription;
 using orvo::simulator::SimulatedCameras;
@@ -30,21 +29,27 @@ constexpr int kNotRegistered = 1;
 constexpr size_t kPoolThreads = 8;
 
 int serve(const ProviderDescription& description) {
-    android::hardware::configureRpcThreadpool(kPoolThreads, false);
+    // Before there is a second thread, so that only who waits for them hears of them.
+    orvo::simulator::blockEndingSignals();
     const auto cameras = std::make_shared<SimulatedCameras>(description);
+    const EndingSignals told([cameras] {
+        cameras->reporter().stop();
+        orvo::endTransport();
+    });
+    android::hardware::configureRpcThreadpool(kPoolThreads, true);
     // The control first: who sees the provider can rely on its control.
     const sp<ProviderControl> control = new ProviderControl(cameras);
     const sp<SimulatedProvider> provider = new SimulatedProvider(cameras);
     if (control->registerAsService(description.instance) != OK ||
         provider->registerAsService(description.instance) != OK) {
+        orvo::endTransport();
+        if (told.came()) return 0;
         std::cerr << "simulated_provider: " << description.instance
                   << " cannot be registered; start it inside a running device\n";
         return kNotRegistered;
     }
     orvo::simulator::announceReady();
-    const sigset_t signals = orvo::simulator::endingSignals();
-    int signal = 0;
-    sigwait(&signals, &signal);
+    android::hardware::joinRpcThreadpool();
     return 0;
 }
 
@@ -63,10 +68,5 @@ int main(int argc, char** argv) {
         std::cerr << "simulated_provider: " << description.error().message() << "\n";
         return kBadUse;
     }
-    // Before there is a second thread, so that main alone hears of them.
-    orvo::simulator::blockEndingSignals();
-    const int status = serve(*description);
-    // Threads of the pool still run; ending without destructors is the only safe way out.
-    std::cerr.flush();
-    _exit(status);
+    return serve(*description);
 }

@@ -33,15 +33,19 @@ void StatusReporter::Link::detach() {
 StatusReporter::StatusReporter() : mThread([this] { deliverUntilStopped(); }) {}
 
 StatusReporter::~StatusReporter() {
+    stop();
+    mThread.join();
+}
+
+void StatusReporter::stop() {
     sp<Link> link;
     {
         MutexLock lock(mLock);
         mStopped = true;
         link = std::exchange(mLink, nullptr);
     }
-    unlink(link);
     mChanged.notify_all();
-    mThread.join();
+    unlink(link);
 }
 
 sp<StatusReporter::Link> StatusReporter::link(const sp<Listener>& listener) {
@@ -85,7 +89,8 @@ void StatusReporter::report(StatusReport report) {
 bool StatusReporter::settle(std::chrono::milliseconds timeout) {
     MutexLock lock(mLock);
     const uint64_t target = mAccepted;
-    return mChanged.wait_for(lock, timeout, [&]() REQUIRES(mLock) { return mDone >= target; });
+    mChanged.wait_for(lock, timeout, [&]() REQUIRES(mLock) { return mStopped || mDone >= target; });
+    return mDone >= target;
 }
 
 bool StatusReporter::hasListener() const {

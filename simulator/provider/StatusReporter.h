@@ -37,8 +37,11 @@ class StatusReporter {
     using Listener = android::hardware::camera::provider::V2_4::ICameraProviderCallback;
 
     StatusReporter();
-    /** Waits for the report that is being delivered; the rest is dropped. */
+    /** As stop(), and waits for the report that is being delivered. */
     ~StatusReporter();
+
+    /** Delivers nothing more, and ends every wait, present and future. Never blocks. */
+    void stop();
 
     /**
      * A listener and the link to its death. Detached when the listener is replaced or the reporter

@@ -7,8 +7,6 @@
 
 #include <sys/socket.h>
 
-#include <future>
-
 #include <log/log.h>
 
 #include "Sockets.h"
@@ -28,7 +26,7 @@ class LogFailures final : public kj::TaskSet::ErrorHandler {
 };
 
 LogFailures& logFailures() {
-    // Never destroyed: the event loop runs until the process has ended.
+    // Never destroyed: the event loop may run until the process has ended.
     static LogFailures& handler = *new LogFailures();
     return handler;
 }
@@ -57,7 +55,7 @@ Connections::Connections(EventLoop& loop, std::string directory, std::string add
         EventLoop::assertCurrent();
         mTasks = kj::heap<kj::TaskSet>(logFailures());
         mListener = mLoop.io().wrapListenSocketFd(fd, kOwnedAndPrepared);
-        watch(acceptLoop());
+        mAccepting = acceptLoop().eagerlyEvaluate(nullptr);
         listening.set_value();
     });
     listening.get_future().wait();
@@ -86,6 +84,7 @@ kj::Promise<void> Connections::acceptLoop() {
 
 Connection* Connections::to(const std::string& address) {
     EventLoop::assertCurrent();
+    if (mBreaksAll) return nullptr;
     auto found = mConnections.find(address);
     if (found != mConnections.end()) return found->second;
 
@@ -123,6 +122,7 @@ Connection& Connections::open(kj::Own<kj::AsyncCapabilityStream> stream, bool ac
     EventLoop::assertCurrent();
     auto owned = kj::refcounted<Connection>(mUser, kj::mv(stream), accepted, std::move(peer));
     Connection& connection = *owned;
+    mUnbroken.insert(&connection);
     auto whenBroken = connection.onDisconnect().then([this, owned = kj::mv(owned)]() mutable {
         disconnected(*owned);
         // It may be the last reference, and what brought us here belongs to it: go up first.
@@ -137,7 +137,21 @@ void Connections::disconnected(Connection& connection) {
     connection.peer->close();
     auto found = mConnections.find(connection.address);
     if (found != mConnections.end() && found->second == &connection) mConnections.erase(found);
-    mUser.disconnected(connection);
+    mUnbroken.erase(&connection);
+    if (!mBreaksAll) return mUser.disconnected(connection);
+    if (mUnbroken.empty()) mAllBroken.set_value();
+}
+
+void Connections::breakAll() {
+    mLoop.post([this]() {
+        EventLoop::assertCurrent();
+        mBreaksAll = true;
+        mAccepting = nullptr;
+        mListener = nullptr;
+        for (Connection* connection : mUnbroken) connection->peer->close();
+        if (mUnbroken.empty()) mAllBroken.set_value();
+    });
+    mAllBroken.get_future().wait();
 }
 
 }  // namespace transport

@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include <future>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 
 #include <android-base/unique_fd.h>
@@ -32,6 +34,12 @@ class Connections {
     const std::string& directory() const { return mDirectory; }
     std::string socketPath(const std::string& address) const { return mDirectory + "/" + address; }
 
+    /**
+     * Breaks all connections, without telling the user, and makes no more: other processes are
+     * gone for this one, and this one for them. Waits until that is so. Not on the event loop.
+     */
+    void breakAll();
+
     // On the event loop only.
 
     /**
@@ -56,8 +64,12 @@ class Connections {
     ConnectionUser& mUser;
     kj::Own<kj::TaskSet> mTasks GUARDED_BY(gLoopThread);
     kj::Own<kj::ConnectionReceiver> mListener GUARDED_BY(gLoopThread);
+    kj::Promise<void> mAccepting GUARDED_BY(gLoopThread) = nullptr;
     /** Key: the address of the other end. */
     std::map<std::string, Connection*> mConnections GUARDED_BY(gLoopThread);
+    std::set<Connection*> mUnbroken GUARDED_BY(gLoopThread);
+    bool mBreaksAll GUARDED_BY(gLoopThread) = false;
+    std::promise<void> mAllBroken;
 };
 
 }  // namespace transport

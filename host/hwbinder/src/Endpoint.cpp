@@ -75,10 +75,11 @@ Reply Endpoint::call(const std::shared_ptr<RemoteObject>& target, uint32_t code,
                      OwnedContents data) {
     const std::shared_ptr<CallThread>& thread = CallThread::current();
     auto pending = std::make_shared<CallThread::Pending>(thread);
-    mLoop.post([this, target, code, flags, chain = thread->outgoingChain(mConnections.address()),
-                data = std::move(data), pending]() mutable {
-        request(target, code, flags, chain, std::move(data), pending);
-    });
+    const bool sent = mLoop.post(
+            [this, target, code, flags, chain = thread->outgoingChain(mConnections.address()),
+             data = std::move(data),
+             pending]() mutable { request(target, code, flags, chain, std::move(data), pending); });
+    if (!sent) pending->deliver({DEAD_OBJECT, nullptr});
     return thread->await(*pending);
 }
 
@@ -171,7 +172,7 @@ sp<IBinder> Endpoint::contextObject() {
     if (address.empty() || address == mConnections.address()) return nullptr;
 
     std::promise<sp<IBinder>> result;
-    mLoop.post([this, &address, &result]() {
+    const bool asked = mLoop.post([this, &address, &result]() {
         auto answered = kj::evalNow([this, &address]() { return askForContextObject(address); });
         mConnections.watch(answered.then(
                 [&result](sp<IBinder>&& binder) { result.set_value(std::move(binder)); },
@@ -180,7 +181,7 @@ sp<IBinder> Endpoint::contextObject() {
                     result.set_value(nullptr);
                 }));
     });
-    return result.get_future().get();
+    return asked ? result.get_future().get() : nullptr;
 }
 
 kj::Promise<sp<IBinder>> Endpoint::askForContextObject(const std::string& manager) {

@@ -36,6 +36,11 @@ class Endpoint {
     bool becomeContextManager();
     void setContextObject(const sp<BHwBinder>& object) { mObjects.setContextObject(object); }
 
+    /** From here on calls fail, also those that wait, and none comes. */
+    void disconnect() { mConnections.breakAll(); }
+    /** After that, and once no handler runs any more. */
+    void end() { mLoop.end(); }
+
   private:
     Endpoint(const std::string& directory, const std::string& address, base::unique_fd listener);
     static Endpoint* create();

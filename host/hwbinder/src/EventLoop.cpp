@@ -9,7 +9,6 @@
 #include <signal.h>
 
 #include <future>
-#include <thread>
 
 #include <log/log.h>
 
@@ -34,17 +33,15 @@ void blockSignals() {
 
 EventLoop::EventLoop() {
     std::promise<void> running;
-    std::thread thread([this, &running] {
+    mThread = std::thread([this, &running] {
         blockSignals();
         tIsLoop = true;
         assertCurrent();
-        kj::AsyncIoContext context = kj::setupAsyncIo();
-        mIo = context.lowLevelProvider.get();
+        mContext = kj::heap<kj::AsyncIoContext>(kj::setupAsyncIo());
         running.set_value();
-        run(context.waitScope);
+        run();
     });
-    pthread_setname_np(thread.native_handle(), "HwBinder:io");
-    thread.detach();
+    pthread_setname_np(mThread.native_handle(), "HwBinder:io");
     running.get_future().wait();
 }
 
@@ -54,34 +51,53 @@ void EventLoop::assertCurrent() {
 
 kj::LowLevelAsyncIoProvider& EventLoop::io() {
     assertCurrent();
-    return *mIo;
+    return *mContext->lowLevelProvider;
 }
 
 void EventLoop::release(sp<RefBase> last) {
     if (tIsLoop && last != nullptr) ThreadPool::instance().submit([last = std::move(last)] {});
 }
 
-void EventLoop::post(kj::Function<void()> task) {
+bool EventLoop::post(kj::Function<void()> task) {
     orvo::MutexLock lock(mMutex);
     mTasks.push_back(kj::mv(task));
+    if (!mEnded) wakeUpLocked();
+    return !mEnded;
+}
+
+void EventLoop::end() {
+    {
+        orvo::MutexLock lock(mMutex);
+        mEnding = true;
+        wakeUpLocked();
+    }
+    mThread.join();
+}
+
+void EventLoop::wakeUpLocked() {
     KJ_IF_MAYBE (wakeUp, mWakeUp) {
         (*wakeUp)->fulfill();
         mWakeUp = nullptr;
     }
 }
 
-void EventLoop::run(kj::WaitScope& waitScope) {
+void EventLoop::run() {
     assertCurrent();
+    kj::WaitScope& waitScope = mContext->waitScope;
     // So many events are handled between two looks at the sockets and at what other threads want.
     waitScope.setBusyPollInterval(64);
     while (true) {
         auto wakeUp = kj::newPromiseAndCrossThreadFulfiller<void>();
         std::deque<kj::Function<void()>> tasks;
+        bool ended = false;
         {
             orvo::MutexLock lock(mMutex);
             tasks.swap(mTasks);
+            mEnded = ended = mEnding && tasks.empty();
             if (tasks.empty()) mWakeUp = kj::mv(wakeUp.fulfiller);
         }
+        // Somebody may wait for what is still to happen.
+        if (ended) return (void)waitScope.poll();
         if (tasks.empty()) {
             // All I/O happens in here.
             wakeUp.promise.wait(waitScope);
@@ -93,7 +109,7 @@ void EventLoop::run(kj::WaitScope& waitScope) {
             }
         }
         // A flood of tasks must not keep the sockets waiting, nor a flood on them the tasks.
-        mIo->getTimer().afterDelay(0 * kj::NANOSECONDS).wait(waitScope);
+        io().getTimer().afterDelay(0 * kj::NANOSECONDS).wait(waitScope);
     }
 }
 

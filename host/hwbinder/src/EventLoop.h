@@ -4,6 +4,7 @@
 #pragma once
 
 #include <deque>
+#include <thread>
 
 #include <kj/async-io.h>
 #include <kj/function.h>
@@ -20,16 +21,22 @@ class CAPABILITY("thread") LoopThread {};
 inline LoopThread gLoopThread;
 
 /**
- * One per process. Runs until the process ends. Nothing that may wait for another thread runs on
- * it: handlers, and destructors of other people's objects, go to the thread pool.
+ * One per process, never destroyed. Nothing that may wait for another thread runs on it: handlers,
+ * and destructors of other people's objects, go to the thread pool.
  */
 class EventLoop {
   public:
     /** Starts the thread and waits until it runs. */
     EventLoop();
 
-    /** Runs the task on the loop's thread, after those posted before. From any thread. */
-    void post(kj::Function<void()> task);
+    /**
+     * Runs the task on the loop's thread, after those posted before. From any thread. False after
+     * the end: then it is kept and never run, for what it holds may only go on the loop's thread.
+     */
+    bool post(kj::Function<void()> task);
+
+    /** Runs what has been posted, and waits until the thread has ended. Once. */
+    void end();
 
     /** First in every function that is for the loop's thread only: ends the process on another. */
     static void assertCurrent() ASSERT_CAPABILITY(gLoopThread);
@@ -44,12 +51,17 @@ class EventLoop {
     static void release(sp<RefBase> last);
 
   private:
-    [[noreturn]] void run(kj::WaitScope& waitScope);
+    void run();
+    void wakeUpLocked() REQUIRES(mMutex);
 
     orvo::Mutex mMutex;
     std::deque<kj::Function<void()>> mTasks GUARDED_BY(mMutex);
     kj::Maybe<kj::Own<kj::CrossThreadPromiseFulfiller<void>>> mWakeUp GUARDED_BY(mMutex);
-    kj::LowLevelAsyncIoProvider* mIo GUARDED_BY(gLoopThread) = nullptr;
+    bool mEnding GUARDED_BY(mMutex) = false;
+    bool mEnded GUARDED_BY(mMutex) = false;
+    /** Outlives the thread: others still fulfil promises that were made on it. */
+    kj::Own<kj::AsyncIoContext> mContext GUARDED_BY(gLoopThread);
+    std::thread mThread;
 };
 
 }  // namespace transport

@@ -11,7 +11,6 @@
 
 #include <string>
 #include <system_error>
-#include <thread>
 
 #include <log/log.h>
 
@@ -26,7 +25,7 @@ thread_local bool tIsPoolThread = false;
 }  // namespace
 
 ThreadPool& ThreadPool::instance() {
-    // Never destroyed: its threads run until the process has ended.
+    // Never destroyed: other threads use it until the process has ended.
     static ThreadPool& pool = *new ThreadPool();
     return pool;
 }
@@ -50,13 +49,14 @@ void ThreadPool::start() {
 }
 
 void ThreadPool::spawnLocked() {
+    if (mStopped) return;
     const std::string name =
-            "HwBinder:" + std::to_string(getpid()) + "_" + std::to_string(mSpawned + 1);
+            "HwBinder:" + std::to_string(getpid()) + "_" + std::to_string(mSpawned.size() + 1);
     try {
         std::thread thread([this] { workLoop(); });
         pthread_setname_np(thread.native_handle(), name.substr(0, 15).c_str());
-        thread.detach();
-        mSpawned++;
+        mSpawned.push_back(std::move(thread));
+        mThreads++;
     } catch (const std::system_error& error) {
         // The job waits for a thread that is there, or for the next attempt.
         ALOGE("Cannot start a thread for incoming calls: %s", error.what());
@@ -66,29 +66,29 @@ void ThreadPool::spawnLocked() {
 void ThreadPool::join() {
     {
         orvo::MutexLock lock(mMutex);
-        mJoined++;
+        mThreads++;
     }
     workLoop();
-    __builtin_unreachable();
 }
 
 void ThreadPool::submit(Job job) {
     orvo::MutexLock lock(mMutex);
     mJobs.push_back(std::move(job));
     if (mPollFd >= 0) eventfd_write(mPollFd, 1);
-    if (mStarted && mJobs.size() > mIdle && mSpawned < mMaxSpawned) spawnLocked();
+    if (mStarted && mJobs.size() > mIdle && mSpawned.size() < mMaxSpawned) spawnLocked();
     mJobsChanged.notify_one();
 }
 
 void ThreadPool::workLoop() {
     tIsPoolThread = true;
     orvo::MutexLock lock(mMutex);
-    while (true) {
+    while (!mStopped) {
         Job job;
-        while (!takeLocked(&job)) {
+        if (!takeLocked(&job)) {
             mIdle++;
             mJobsChanged.wait(lock);
             mIdle--;
+            continue;
         }
         lock.unlock();
         job();
@@ -96,10 +96,13 @@ void ThreadPool::workLoop() {
         job = nullptr;
         lock.lock();
     }
+    tIsPoolThread = false;
+    mThreads--;
+    mThreadsChanged.notify_all();
 }
 
 bool ThreadPool::takeLocked(Job* job) {
-    if (mJobs.empty()) return false;
+    if (mStopped || mJobs.empty()) return false;
     *job = std::move(mJobs.front());
     mJobs.pop_front();
     return true;
@@ -134,6 +137,30 @@ bool ThreadPool::isPoolThread() {
 bool ThreadPool::isOnlyThread() {
     orvo::MutexLock lock(mMutex);
     return tIsPoolThread && mConfiguredMax == 1;
+}
+
+bool ThreadPool::stop(std::chrono::milliseconds limit) {
+    orvo::MutexLock lock(mMutex);
+    mStopped = true;
+    mJobsChanged.notify_all();
+    return mThreadsChanged.wait_for(lock, limit,
+                                    [this]() REQUIRES(mMutex) { return mThreads == 0; });
+}
+
+void ThreadPool::awaitEnd() {
+    std::vector<std::thread> spawned;
+    {
+        orvo::MutexLock lock(mMutex);
+        mThreadsChanged.wait(lock, [this]() REQUIRES(mMutex) { return mThreads == 0; });
+        spawned.swap(mSpawned);
+    }
+    for (std::thread& thread : spawned) thread.join();
+}
+
+void ThreadPool::dropJobs() {
+    std::deque<Job> dropped;
+    orvo::MutexLock lock(mMutex);
+    dropped.swap(mJobs);
 }
 
 }  // namespace transport

@@ -3,8 +3,11 @@
 
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <functional>
+#include <thread>
+#include <vector>
 
 #include <utils/Errors.h>
 
@@ -18,7 +21,8 @@ using Job = std::function<void()>;
 
 /**
  * One per process, never destroyed. Jobs start in the order in which they were submitted; jobs
- * that nobody may run yet (no thread has been started or has joined) wait. Thread-safe.
+ * that nobody may run yet (no thread has been started or has joined), or any more, wait.
+ * Thread-safe.
  */
 class ThreadPool {
   public:
@@ -31,8 +35,8 @@ class ThreadPool {
     /** Starts the first thread if the configuration allows any; later calls do nothing. */
     void start();
 
-    /** Makes the calling thread one of the pool. Does not return. */
-    [[noreturn]] void join();
+    /** Makes the calling thread one of the pool, until that is stopped. */
+    void join();
 
     /** Runs the job on a thread of the pool, starting another one if all are busy. */
     void submit(Job job);
@@ -46,6 +50,15 @@ class ThreadPool {
     static bool isPoolThread();
     bool isOnlyThread();
 
+    // The end, on a thread that is none of the pool, in this order.
+
+    /** No job starts any more. False if one still runs after the limit. */
+    bool stop(std::chrono::milliseconds limit);
+    /** Waits until every thread has left. */
+    void awaitEnd();
+    /** Gives up the jobs that wait, on this thread. */
+    void dropJobs();
+
   private:
     void spawnLocked() REQUIRES(mMutex);
     void workLoop();
@@ -57,10 +70,12 @@ class ThreadPool {
     std::deque<Job> mJobs GUARDED_BY(mMutex);
     size_t mConfiguredMax GUARDED_BY(mMutex) = 1;
     size_t mMaxSpawned GUARDED_BY(mMutex) = 1;  ///< without the threads that join
-    size_t mSpawned GUARDED_BY(mMutex) = 0;
-    size_t mJoined GUARDED_BY(mMutex) = 0;
+    std::vector<std::thread> mSpawned GUARDED_BY(mMutex);
+    size_t mThreads GUARDED_BY(mMutex) = 0;  ///< spawned or joined, and still here
     size_t mIdle GUARDED_BY(mMutex) = 0;
     bool mStarted GUARDED_BY(mMutex) = false;
+    bool mStopped GUARDED_BY(mMutex) = false;
+    orvo::ConditionVariable mThreadsChanged;
     int mPollFd GUARDED_BY(mMutex) = -1;
 };
 

@@ -20,6 +20,7 @@
 
 #include "HwServiceManager.h"
 #include "VintfManifest.h"
+#include "host/TransportEnd.h"
 
 using android::sp;
 using android::base::Result;
@@ -124,6 +125,6 @@ int main(int argc, char** argv) {
     int received = 0;
     sigwait(&signals, &received);
     property_set("hwservicemanager.ready", "false");
-    // Calls may still be under way on pool threads, so nothing is torn down under them.
-    _Exit(EXIT_SUCCESS);
+    orvo::endTransport();
+    return EXIT_SUCCESS;
 }

@@ -36,7 +36,10 @@ namespace hardware {
  */
 void configureRpcThreadpool(size_t maxThreads, bool callerWillJoin);
 
-/** Serves incoming calls and does not return. Fatal if configureRpcThreadpool was not called. */
+/**
+ * Serves incoming calls until the program ends its transport, which one of a device never does.
+ * Fatal if configureRpcThreadpool was not called.
+ */
 void joinRpcThreadpool();
 
 /** A descriptor for poll or epoll, for programs with an event loop of their own; -1 on error. */

@@ -29,7 +29,7 @@ class IPCThreadState {
     int64_t clearCallingIdentity();
     void restoreCallingIdentity(int64_t token);
 
-    /** Serves incoming calls on this thread. Does not return. */
+    /** Serves incoming calls on this thread. Returns when the program ends its transport. */
     void joinThreadPool(bool isMain = true);
 
     /**

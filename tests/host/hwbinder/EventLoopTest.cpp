@@ -5,6 +5,7 @@
 
 #include <future>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -44,6 +45,17 @@ TEST(EventLoopTest, WhatIsForTheLoopRunsThere) {
         done.set_value();
     });
     done.get_future().wait();
+}
+
+TEST(EventLoopTest, WhatIsPostedBeforeItsEndRunsAndWhatIsPostedAfterDoesNot) {
+    static std::vector<EventLoop*> ended;  // none is ever destroyed
+    EventLoop& loop = *ended.emplace_back(new EventLoop());
+    int runs = 0;
+    EXPECT_TRUE(loop.post([&runs] { runs++; }));
+    loop.end();
+    EXPECT_EQ(1, runs);
+    EXPECT_FALSE(loop.post([&runs] { runs++; }));
+    EXPECT_EQ(1, runs);
 }
 
 TEST(EventLoopTest, AnObjectThatIsReleasedOnTheLoopGoesOnAPoolThread) {

@@ -4,6 +4,8 @@
 #include <signal.h>
 
 #include <chrono>
+#include <filesystem>
+#include <iterator>
 #include <string>
 #include <thread>
 
@@ -44,6 +46,12 @@ class DeviceEndTest : public ::testing::Test {
         return mFramework->log().waitFor(isIt, kPatience).has_value();
     }
 
+    static void hang(const std::string& program) {
+        Supervisor& supervisor = device().supervisor();
+        ASSERT_TRUE(supervisor.signal(program, SIGSTOP));
+        while (!supervisor.isHung(program)) std::this_thread::yield();
+    }
+
     static void expectEnd(const std::string& program) {
         Supervisor& supervisor = device().supervisor();
         EXPECT_TRUE(supervisor.signal(program, SIGTERM));
@@ -61,7 +69,7 @@ TEST_F(DeviceEndTest, OfAServiceThatLooksForADeadProvider) {
 }
 
 TEST_F(DeviceEndTest, OfAServiceThatHandsACallOnToAHungProvider) {
-    EXPECT_TRUE(device().supervisor().signal(kExternal, SIGSTOP));
+    hang(kExternal);
     std::thread waits([this] { EXPECT_FALSE(mFramework->cameraIdList().arrived()); });
     // So that it waits in there; if it comes later, it fails as well.
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
@@ -82,9 +90,13 @@ TEST_F(DeviceEndTest, OfAProviderThatLetsSomebodyWait) {
 }
 
 TEST_F(DeviceEndTest, OfAFrameworkThatWaitsForAHungService) {
-    EXPECT_TRUE(device().supervisor().signal(Programs::kService, SIGSTOP));
+    hang(Programs::kService);
     ProgramRun run({programPath("camera_framework"), "legacy/0"});
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    // The main thread, which waits for the service, that of the signals, and the transport's.
+    const std::string threads = "/proc/" + std::to_string(run.pid()) + "/task";
+    while (std::distance(std::filesystem::directory_iterator(threads), {}) < 3) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
     run.signal(SIGINT);
     const ProgramEnd end = run.awaitEnd();
     EXPECT_EQ(0, end.status);

@@ -16,6 +16,7 @@
 #include <gtest/gtest.h>
 #include <hidl/HidlTransportSupport.h>
 
+#include "host/TransportEnd.h"
 #include "simulator/camerasim/outside/Session.h"
 
 namespace orvo::simulator::testing {
@@ -41,7 +42,10 @@ class BootedDevice : public ::testing::Environment {
         ASSERT_TRUE(booted) << booted.error().message();
     }
 
-    void TearDown() override { gDevice->supervisor().stopAll(); }
+    void TearDown() override {
+        gDevice.reset();
+        endTransport();
+    }
 };
 
 bool onlyLists(int argc, char** argv) {
@@ -91,8 +95,5 @@ int main(int argc, char** argv) {
     if (getenv(kStageVariable) != nullptr) {
         ::testing::AddGlobalTestEnvironment(new BootedDevice);
     }
-    const int status = RUN_ALL_TESTS();
-    std::cout.flush();
-    // Threads of the pool still run; ending without destructors is the only safe way out.
-    _exit(status);
+    return RUN_ALL_TESTS();
 }

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 // One line on a running device's control socket: it is a request, or one line says what is wrong.
 
-#include <algorithm>
 #include <string>
+#include <variant>
 
 #include "fuzz/support/Require.h"
-#include "simulator/camerasim/inside/Condition.h"
-#include "simulator/control/Request.h"
+#include "simulator/control/Condition.h"
+#include "simulator/control/Protocol.h"
 
 using orvo::fuzz::require;
 using orvo::simulator::Condition;
 using orvo::simulator::ConditionFacts;
-using orvo::simulator::Request;
+using orvo::simulator::WaitRequest;
 
 namespace {
 
@@ -33,19 +33,21 @@ ConditionFacts someFacts() {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const ConditionFacts facts = someFacts();
-    const auto request = Request::parse(std::string(reinterpret_cast<const char*>(data), size));
+    const auto request =
+            orvo::simulator::parseRequest(std::string(reinterpret_cast<const char*>(data), size));
     if (!request) {
         requireOneLine(request.error().message());
         return 0;
     }
-    const auto commands = Request::commands();
-    require(std::count(commands.begin(), commands.end(), request->command) == 1,
-            "a request has a known command", request->command);
-    if (request->command != "wait") return 0;
+    const std::string line = orvo::simulator::lineOf(*request);
+    const auto again = orvo::simulator::parseRequest(line);
+    require(again && lineOf(*again) == line, "a request is the same after its way", line);
+    const auto* wait = std::get_if<WaitRequest>(&*request);
+    if (wait == nullptr) return 0;
 
-    const auto condition = Condition::parse(request->members.at("condition"));
+    const auto condition = Condition::parse(wait->condition);
     if (!condition) {
-        requireOneLine(condition.error().message());
+        require(!condition.error().message().empty(), "an error", line);
         return 0;
     }
     (void)condition->met(facts);

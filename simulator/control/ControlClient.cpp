@@ -5,41 +5,34 @@
 
 #include <poll.h>
 #include <sys/socket.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
-#include <utility>
 
-#include <nlohmann/json.hpp>
-
-#include "simulator/camerasim/commands/Complaint.h"
-#include "simulator/camerasim/outside/Stage.h"
+#include "simulator/control/ControlSocket.h"
 
 namespace orvo::simulator {
 
 using android::base::Result;
 using android::base::unexpected;
 using android::base::unique_fd;
-using Json = nlohmann::json;
+using nlohmann::json;
 
 namespace {
 
 Result<ControlMessage> parseLine(const std::string& line) {
-    const Json message = Json::parse(line, nullptr, false);
-    if (message.is_object() && message.contains("event")) {
-        return ControlMessage{ControlMessage::Kind::EVENT, message["event"]};
+    json message = json::parse(line, nullptr, false);
+    if (!message.is_object()) return didNotHappen(kOtherBuild);
+    if (message.contains("event")) {
+        return ControlMessage{ControlMessage::Kind::EVENT, std::move(message["event"])};
     }
-    if (message.is_object() && message.contains("result")) {
-        return ControlMessage{ControlMessage::Kind::RESULT, message["result"]};
+    if (message.contains("result")) {
+        return ControlMessage{ControlMessage::Kind::RESULT, std::move(message["result"])};
     }
-    if (message.is_object() && message.contains("error") && message["error"].is_string()) {
-        return didNotHappen(message["error"].get<std::string>());
-    }
-    return didNotHappen(
-            "the device answers what this camerasim does not understand; use the one"
-            " that booted it");
+    const auto error = message.find("error");
+    if (error == message.end() || !error->is_string()) return didNotHappen(kOtherBuild);
+    return message.value("status", json()) == kBadUse ? badUse(*error) : didNotHappen(*error);
 }
 
 /** Whether the socket can be read; false after the patience. */
@@ -54,42 +47,31 @@ bool awaitBytes(int socket, std::chrono::steady_clock::time_point deadline, bool
 }  // namespace
 
 Result<ControlClient> ControlClient::connect(const std::string& root) {
-    const std::string path = Stage(root).control();
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) {
-        return badUse("'" + root + "' is too long a name for a device's directory");
-    }
-    memcpy(address.sun_path, path.c_str(), path.size() + 1);
-    // It must not wait for a device that is stopped and has many waiting already.
+    const auto address = controlAddress(root);
+    if (!address) return unexpected(badUse(address.error().message()));
+    // It must not wait for a headset that is stopped and has many waiting already.
     unique_fd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    if (!socket.ok() || ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&address),
-                                  sizeof(address)) != 0) {
+    if (!socket.ok() || ::connect(socket.get(), reinterpret_cast<const sockaddr*>(&*address),
+                                  sizeof(*address)) != 0) {
         return didNotHappen("the device in '" + root + "' cannot be reached (" + strerror(errno) +
                             ")");
     }
     return ControlClient(std::move(socket));
 }
 
-Result<ControlClient> ControlClient::begin(const std::string& root, const Json& request) {
+Result<ControlClient> ControlClient::begin(const std::string& root, const Request& request) {
     auto client = connect(root);
     if (!client) return client;
-    const auto sent = client->send(request);
-    if (!sent) return unexpected(sent.error());
-    return client;
-}
-
-Result<void> ControlClient::send(const Json& request) {
-    // A request is far smaller than the socket's buffer.
-    const std::string line = request.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-    const ssize_t sent =
-            TEMP_FAILURE_RETRY(::send(mSocket.get(), line.data(), line.size(), MSG_NOSIGNAL));
-    if (sent == static_cast<ssize_t>(line.size())) return {};
+    // Far smaller than the socket's buffer.
+    const std::string line = lineOf(request) + "\n";
+    const ssize_t sent = TEMP_FAILURE_RETRY(
+            ::send(client->descriptor(), line.data(), line.size(), MSG_NOSIGNAL));
+    if (sent == static_cast<ssize_t>(line.size())) return client;
     return didNotHappen("the device does not take the request");
 }
 
 Result<ControlMessage> ControlClient::next(std::chrono::milliseconds patience) {
-    const bool forEver = patience.count() < 0;
+    const bool forEver = patience == kForEver;
     const auto deadline = std::chrono::steady_clock::now() + patience;
     while (!hasLine()) {
         if (!awaitBytes(mSocket.get(), deadline, forEver)) {
@@ -107,7 +89,8 @@ Result<ControlMessage> ControlClient::next(std::chrono::milliseconds patience) {
     return parseLine(line);
 }
 
-Result<Json> ask(const std::string& root, const Json& request, std::chrono::milliseconds patience) {
+Result<json> exchange(const std::string& root, const Request& request,
+                      std::chrono::milliseconds patience) {
     auto client = ControlClient::begin(root, request);
     if (!client) return unexpected(client.error());
     for (;;) {
@@ -120,16 +103,18 @@ Result<Json> ask(const std::string& root, const Json& request, std::chrono::mill
     }
 }
 
-Result<bool> askForEvents(const std::string& root, const Json& request,
-                          const std::function<void(const Json&)>& onEvent) {
+Result<bool> askForEvents(const std::string& root, const EventsRequest& request,
+                          const std::function<void(const TimelineEvent&)>& onEvent) {
     auto client = ControlClient::begin(root, request);
     if (!client) return unexpected(client.error());
     for (;;) {
-        const auto message = client->next(std::chrono::milliseconds(-1));
+        const auto message = client->next(kForEver);
         if (!message) return unexpected(message.error());
         if (message->kind == ControlMessage::Kind::END) return false;
         if (message->kind == ControlMessage::Kind::RESULT) return true;
-        onEvent(message->body);
+        const auto event = messageIn<TimelineEvent>(message->body);
+        if (!event) return unexpected(event.error());
+        onEvent(*event);
     }
 }
 

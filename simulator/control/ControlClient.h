@@ -1,45 +1,50 @@
 // SPDX-License-Identifier: Apache-2.0
-// ControlClient: asks a running device by its control socket.
+// ControlClient: asks a running headset by its control socket.
 
 #pragma once
 
 #include <chrono>
 #include <functional>
 #include <string>
+#include <utility>
 
 #include <android-base/result.h>
 #include <android-base/unique_fd.h>
 #include <nlohmann/json.hpp>
 
+#include "simulator/control/Complaint.h"
+#include "simulator/control/Protocol.h"
+
 namespace orvo::simulator {
 
-/** Longer than the device itself gives what it asks, so that its own words arrive in time. */
+/** Longer than the headset itself gives what it asks, so that its own words arrive in time. */
 constexpr std::chrono::seconds kAnswerPatience{15};
+constexpr std::chrono::milliseconds kForEver{-1};
 
 /** One line of an answer. */
 struct ControlMessage {
     enum class Kind { EVENT, RESULT, END };
-    Kind kind;            ///< END: the device has closed the connection
+    Kind kind;            ///< END: the headset has closed the connection
     nlohmann::json body;  ///< of an event or a result
 };
 
 /**
- * One connection, which carries one request: `{"command": ...}` on a line, answered by lines
- * `{"event": ...}` and one last `{"result": ...}` or `{"error": ...}`. One thread.
+ * One connection, which carries one request on a line; it is answered by lines {"event": ...} and
+ * one last {"result": ...}, or {"error": TEXT, "status": that camerasim ends with}. One thread.
  */
 class ControlClient {
   public:
-    /** `root` is the device's temporary directory. An error if nobody accepts there. */
+    /** `root` is the headset's temporary directory. An error if nobody accepts there. */
     static android::base::Result<ControlClient> connect(const std::string& root);
     /** Connects and sends the request. */
     static android::base::Result<ControlClient> begin(const std::string& root,
-                                                      const nlohmann::json& request);
+                                                      const Request& request);
 
     /**
-     * Waits for the next line.
+     * Waits for the next line, kForEver if told so.
      *
-     * @param patience negative: for ever.
-     * @return an error for an `{"error"}` line, for what is no such line, and after the patience.
+     * @return the error that the headset answers; one for what is no such line, and after the
+     *         patience.
      */
     android::base::Result<ControlMessage> next(std::chrono::milliseconds patience);
 
@@ -50,22 +55,40 @@ class ControlClient {
   private:
     explicit ControlClient(android::base::unique_fd socket) : mSocket(std::move(socket)) {}
 
-    android::base::Result<void> send(const nlohmann::json& request);
-
     android::base::unique_fd mSocket;
     std::string mUnread;  ///< what has arrived after the last line
 };
 
-/** A whole request. @return its result; events on the way are left out. */
-android::base::Result<nlohmann::json> ask(const std::string& root, const nlohmann::json& request,
-                                          std::chrono::milliseconds patience = kAnswerPatience);
+/** Sends the request and waits for its result; events on the way are left out. */
+android::base::Result<nlohmann::json> exchange(const std::string& root, const Request& request,
+                                               std::chrono::milliseconds patience);
+
+/** What a message says; an error if it is of another build. */
+template <typename Message>
+android::base::Result<Message> messageIn(const nlohmann::json& body) {
+    try {
+        return body.get<Message>();
+    } catch (const nlohmann::json::exception&) {
+        return didNotHappen(kOtherBuild);
+    }
+}
+
+/** A whole request. */
+template <typename Kind>
+android::base::Result<typename Kind::Reply> ask(
+        const std::string& root, const Kind& request,
+        std::chrono::milliseconds patience = kAnswerPatience) {
+    const auto result = exchange(root, request, patience);
+    if (!result) return android::base::unexpected(result.error());
+    return messageIn<typename Kind::Reply>(*result);
+}
 
 /**
- * As ask(), with each event on the way; waits for ever.
+ * Asks for events, and calls for each; waits for ever.
  *
- * @return whether the answer came to its end; false if the device ended before.
+ * @return whether the answer came to its end; false if the headset ended before.
  */
-android::base::Result<bool> askForEvents(const std::string& root, const nlohmann::json& request,
-                                         const std::function<void(const nlohmann::json&)>& onEvent);
+android::base::Result<bool> askForEvents(const std::string& root, const EventsRequest& request,
+                                         const std::function<void(const TimelineEvent&)>& onEvent);
 
 }  // namespace orvo::simulator

@@ -3,22 +3,24 @@
 
 #include "simulator/control/ControlServer.h"
 
-#include <nlohmann/json.hpp>
-
 #include <sys/socket.h>
 #include <sys/time.h>
-#include <sys/un.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstring>
 #include <utility>
+
+#include <nlohmann/json.hpp>
+
+#include "simulator/control/Complaint.h"
+#include "simulator/control/ControlSocket.h"
 
 namespace orvo::simulator {
 
 using android::base::ErrnoError;
-using android::base::Error;
 using android::base::Result;
+using android::base::ResultError;
+using android::base::unexpected;
 using android::base::unique_fd;
 using nlohmann::json;
 
@@ -69,23 +71,19 @@ void Reply::result(const json& result) {
     (void)send({{"result", result}});
 }
 
-void Reply::error(const std::string& line) {
-    (void)send({{"error", line}});
+void Reply::error(const ResultError& error) {
+    const int status = error.code() == kBadUse ? kBadUse : kNotAsExpected;
+    (void)send({{"error", error.message()}, {"status", status}});
 }
 
-Result<unique_fd> ControlServer::listen(const std::string& path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    if (path.size() >= sizeof(address.sun_path)) {
-        return Error() << "'" << path << "' is too long a name for a socket; set TMPDIR to a"
-                       << " shorter one";
-    }
-    memcpy(address.sun_path, path.c_str(), path.size());
+Result<unique_fd> ControlServer::listen(const std::string& root) {
+    const auto address = controlAddress(root);
+    if (!address) return unexpected(address.error());
     unique_fd socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0));
     if (!socket.ok() ||
-        bind(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof(address)) != 0 ||
+        bind(socket.get(), reinterpret_cast<const sockaddr*>(&*address), sizeof(*address)) != 0 ||
         ::listen(socket.get(), SOMAXCONN) != 0) {
-        return ErrnoError() << "cannot make the socket '" << path << "'";
+        return ErrnoError() << "cannot make the socket '" << address->sun_path << "'";
     }
     return socket;
 }
@@ -98,7 +96,6 @@ ControlServer::~ControlServer() {
     if (mAcceptor.joinable()) mAcceptor.join();
     MutexLock lock(mLock);
     for (const int connection : mConnections) shutdown(connection, SHUT_RDWR);
-    mChanged.wait(lock, [&]() REQUIRES(mLock) { return mConnections.empty(); });
 }
 
 void ControlServer::serve() {
@@ -120,11 +117,13 @@ void ControlServer::acceptUntilClosed() {
         const bool tooMany = mConnections.size() > kMostConnections;
         lock.unlock();
         if (tooMany) {
-            Reply(connection).error("too many requests at once; end some of the commands that run");
+            Reply(connection)
+                    .error(didNotHappen(
+                            "too many requests at once; end some of the commands that run"));
             finish(connection);
             continue;
         }
-        std::thread([this, connection] { answer(connection); }).detach();
+        mThreads.start([this, connection] { answer(connection); });
     }
 }
 
@@ -132,7 +131,7 @@ void ControlServer::answer(int connection) {
     Reply reply(connection);
     const std::string line = readLine(connection);
     if (line.empty()) {
-        reply.error("no request came; send one JSON object on one line");
+        reply.error(badUse("no request came; send one JSON object on one line"));
     } else {
         mHandler(line, reply);
     }
@@ -140,7 +139,6 @@ void ControlServer::answer(int connection) {
 }
 
 void ControlServer::finish(int connection) {
-    // Under the lock to its end: after it the server may be gone.
     MutexLock lock(mLock);
     mConnections.erase(connection);
     close(connection);

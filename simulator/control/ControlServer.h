@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// ControlServer: takes requests for a running device from other programs of the same user.
+// ControlServer: takes requests for a running headset from other programs of the same user.
 
 #pragma once
 
@@ -13,7 +13,8 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include "host/Mutex.h"
-#include "simulator/control/HeadsetState.h"
+#include "simulator/control/Protocol.h"
+#include "simulator/process/OwnedThreads.h"
 
 namespace orvo::simulator {
 
@@ -26,7 +27,7 @@ class Reply {
     bool event(const TimelineEvent& event);
     // Exactly one of these, once, at the end.
     void result(const nlohmann::json& result);
-    void error(const std::string& line);
+    void error(const android::base::ResultError& error);
 
     /** Hung up, as poll calls it, when the client is gone. */
     int connection() const { return mConnection; }
@@ -46,9 +47,9 @@ class ControlServer {
     /**
      * Makes the socket. From then on clients can connect, and wait for serve().
      *
-     * @param path must not exist; short enough for a socket.
+     * @param root the headset's temporary directory, where there is none yet.
      */
-    static android::base::Result<android::base::unique_fd> listen(const std::string& path);
+    static android::base::Result<android::base::unique_fd> listen(const std::string& root);
 
     ControlServer(android::base::unique_fd socket, Handler handler);
     /** Hangs up on everybody and waits until the handlers have returned. */
@@ -69,6 +70,7 @@ class ControlServer {
     ConditionVariable mChanged;
     std::set<int> mConnections GUARDED_BY(mLock);
     std::thread mAcceptor;
+    OwnedThreads mThreads;  ///< one for each connection
 };
 
 }  // namespace orvo::simulator

@@ -38,6 +38,10 @@ class HeadsetFiles {
     bool isDescribed(const std::string& instance) const;
     /** The instance that the map puts it behind, the first one if there are several; or "". */
     std::string behind(const std::string& instance) const;
+    /** What the map puts behind it, in the order in which it asks them. */
+    std::vector<std::string> allBehind(const std::string& instance) const {
+        return mMap.behind(instance);
+    }
     /** Whether the map puts anything behind it. */
     bool hasOthersBehind(const std::string& instance) const;
 

@@ -188,17 +188,17 @@ TEST_F(CamerasimTest, ATourWhoseSupervisorIsKilledLeavesNothing) {
 TEST_F(CamerasimTest, AProgramThatDiesEndsTheTourWithItsLog) {
     ProgramRun run(tour({"--pause", "2"}), environment());
     ASSERT_TRUE(run.awaitOutput("every program ready; each instance found"));
-    const std::string marker = "camera_provider_service, process ";
+    const std::string marker = "virtual/0, process ";
     const std::string out = [&] {
         EXPECT_TRUE(run.awaitOutput(marker));
         return run.output();
     }();
-    const pid_t service = std::stoi(out.substr(out.find(marker) + marker.size()));
-    kill(service, SIGKILL);
+    const pid_t provider = std::stoi(out.substr(out.find(marker) + marker.size()));
+    kill(provider, SIGKILL);
     const ProgramEnd end = run.awaitEnd();
     EXPECT_EQ(1, end.status) << end.out;
     EXPECT_THAT(end.out, HasSubstr("✗ expected"));
-    EXPECT_THAT(end.out, HasSubstr("Step 2 of 14 was not as expected"));
+    EXPECT_THAT(end.out, HasSubstr("Step 3 of 14 was not as expected"));
     EXPECT_THAT(end.err, HasSubstr("the end of camera_provider_service.log:"));
     EXPECT_THAT(end.err, HasSubstr("camerasim: the tour was not as expected"));
     expectNothingIsLeft();
@@ -237,36 +237,43 @@ TEST_F(CamerasimTest, AMalformedProviderDescriptionIsRefused) {
                   " a number from 0 to 100");
 }
 
-TEST_F(CamerasimTest, AProviderThatNobodyDeclaresIsRefused) {
-    expectRefused(
-            runProgram(tour({changedDevice("vendor/etc/vintf/manifest.xml",
-                                           "<instance>virtual/0</instance>", "")}),
-                       environment()),
-            "nobody declares android.hardware.camera.provider@2.4::ICameraProvider/virtual/0");
+TEST_F(CamerasimTest, AProviderThatNobodyDeclaresIsSeenMissing) {
+    const std::string device =
+            changedDevice("vendor/etc/vintf/manifest.xml", "<instance>virtual/0</instance>", "");
+    const ProgramEnd end = runProgram(tour({device}), environment());
+    EXPECT_EQ(1, end.status);
+    EXPECT_THAT(end.out, HasSubstr("expected  the framework hears device@1.0/legacy/8 PRESENT"));
+    EXPECT_THAT(end.out, HasSubstr("Step 2 of 14 was not as expected"));
+    expectNothingIsLeft();
 }
 
 TEST_F(CamerasimTest, AMapEntryWithoutAProviderIsRefused) {
     expectRefused(runProgram(tour({changedDevice("vendor/etc/orvo_vendor_manifest.xml",
                                                  "\"virtual/0\"", "\"virtual/1\"")}),
                              environment()),
-                  "nothing provides 'virtual/1' behind legacy/0");
+                  "nothing provides 'virtual/1', which the map puts behind legacy/0");
 }
 
-TEST_F(CamerasimTest, ADeviceWithoutACameraToLightIsRefused) {
-    expectRefused(
-            runProgram(
-                    tour({changedDevice("providers/external.yaml", "flash: true", "flash: false")}),
-                    environment()),
-            "describe one with 'flash: true', and 'reportsBuiltIn: true' for its provider; the map "
-            "has "
-            "behind it: external/0 virtual/0");
-}
-
-TEST_F(CamerasimTest, ADeviceWithoutACameraToPlugInIsRefused) {
-    expectRefused(runProgram(tour({changedDevice("providers/external.yaml", "present: false",
-                                                 "present: true")}),
-                             environment()),
-                  "describe one with 'facing: EXTERNAL' and 'present: false'");
+TEST_F(CamerasimTest, WhatADeviceDoesNotHaveIsLeftOutWithTheReason) {
+    struct Case {
+        const char *file, *from, *to, *reason;
+    };
+    const Case cases[] = {
+            {"providers/external.yaml", "flash: true", "flash: false",
+             "no camera that is reported has a flash"},
+            {"providers/external.yaml", "present: false", "present: true",
+             "no external camera is described with 'present: false'"},
+            {"device.yaml", "- default/0", "", "the service does not serve default/0"},
+            {"device.yaml", "- legacy/0", "", "nothing that the service serves has a map entry"}};
+    for (const Case& one : cases) {
+        const std::string device = changedDevice(one.file, one.from, one.to);
+        const ProgramEnd end = runProgram(tour({device}), environment());
+        EXPECT_EQ(0, end.status) << one.to << end.out << end.err;
+        EXPECT_THAT(end.out, HasSubstr(one.reason));
+        EXPECT_THAT(end.out, HasSubstr("All 14 steps were as expected"));
+        expectNothingIsLeft();
+        std::filesystem::remove_all(device);
+    }
 }
 
 TEST_F(CamerasimTest, AMrProviderThatCannotBeHadIsSeenWithItsReason) {
@@ -274,7 +281,7 @@ TEST_F(CamerasimTest, AMrProviderThatCannotBeHadIsSeenWithItsReason) {
                                              "instance: default/1");
     const ProgramEnd end = runProgram(tour({device}), environment());
     EXPECT_EQ(1, end.status);
-    EXPECT_THAT(end.out, HasSubstr("camera_provider_service does not serve default/0"));
+    EXPECT_THAT(end.out, HasSubstr("default/0 is not served"));
     EXPECT_THAT(end.err, HasSubstr("Asked for default/0, but /vendor/etc/mrprovider.yaml describes"
                                    " default/1"));
     EXPECT_THAT(end.err, HasSubstr("Could not create MR provider"));

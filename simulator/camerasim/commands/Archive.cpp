@@ -14,7 +14,7 @@
 #include <filesystem>
 #include <utility>
 
-#include "simulator/camerasim/commands/Complaint.h"
+#include "simulator/control/Complaint.h"
 
 namespace orvo::simulator {
 

@@ -14,6 +14,7 @@
 #include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/commands/Output.h"
+#include "simulator/camerasim/commands/Replies.h"
 #include "simulator/camerasim/outside/Stage.h"
 #include "simulator/control/ControlClient.h"
 
@@ -22,7 +23,6 @@ namespace orvo::simulator {
 namespace fs = std::filesystem;
 using android::base::Result;
 using android::base::unexpected;
-using Json = nlohmann::json;
 
 namespace {
 
@@ -50,16 +50,16 @@ std::string prefixFor(const fs::path& file) {
 
 Bugreport::Bugreport(std::string root, std::chrono::milliseconds patience)
     : mRoot(std::move(root)), mPatience(patience) {
-    auto answer = ask(mRoot, {{"command", "state"}}, mPatience);
+    const auto answer = ask(mRoot, StateRequest(), mPatience);
     if (answer) {
-        mState = std::move(*answer);
+        mState = *answer;
     } else {
         mSilence = answer.error().message();
     }
 }
 
-std::string Bugreport::deviceName() const {
-    std::string name = mState.is_object() ? mState.value("name", "device") : "device";
+std::string Bugreport::headsetName() const {
+    std::string name = mState ? mState->name : "device";
     for (char& c : name) {
         if (isalnum(static_cast<unsigned char>(c)) == 0) c = '-';
     }
@@ -84,21 +84,21 @@ Result<void> Bugreport::addAnswers(Archive& archive) {
         mMissing.push_back("state, dump, events and the list of properties: " + mSilence);
         return addFile(archive, Stage(mRoot).run() + "/properties", "properties.lmdb");
     }
-    Result<void> step = archive.add(mPrefix + "state.json", jsonText(mState, 2) + "\n");
+    Result<void> step = archive.add(mPrefix + "state.json", jsonText(*mState, 2) + "\n");
     if (step) step = addDump(archive);
     if (step) step = addProperties(archive);
     return step ? addEvents(archive) : step;
 }
 
 Result<void> Bugreport::addDump(Archive& archive) {
-    const auto answer = ask(mRoot, {{"command", "dump"}}, mPatience);
+    const auto answer = ask(mRoot, DumpRequest(), mPatience);
     if (answer) return archive.add(mPrefix + "dump.txt", dumpText(*answer));
     mMissing.push_back("dump: " + answer.error().message());
     return {};
 }
 
 Result<void> Bugreport::addProperties(Archive& archive) {
-    const auto answer = ask(mRoot, {{"command", "props"}}, mPatience);
+    const auto answer = ask(mRoot, PropsRequest(), mPatience);
     if (answer) return archive.add(mPrefix + "properties.json", jsonText(*answer, 2) + "\n");
     mMissing.push_back("the list of properties: " + answer.error().message());
     return {};
@@ -106,9 +106,9 @@ Result<void> Bugreport::addProperties(Archive& archive) {
 
 Result<void> Bugreport::addEvents(Archive& archive) {
     std::string lines;
-    const auto whole =
-            askForEvents(mRoot, {{"command", "events"}, {"from", 1}, {"follow", false}},
-                         [&](const Json& event) { lines += jsonText(event, -1) + "\n"; });
+    const auto whole = askForEvents(mRoot, EventsRequest(), [&](const TimelineEvent& event) {
+        lines += jsonText(event, -1) + "\n";
+    });
     if (!whole) mMissing.push_back("events: " + whole.error().message());
     return archive.add(mPrefix + "events.ndjson", lines);
 }
@@ -149,9 +149,7 @@ Result<void> Bugreport::addFile(Archive& archive, const std::string& file,
 
 std::string Bugreport::reportText() const {
     std::string text = "The simulated device in " + mRoot + ", collected at " + now() + ".\n";
-    if (mState.is_object()) {
-        text += "Its description is in " + mState.value("directory", "") + ".\n";
-    }
+    if (mState) text += "Its description is in " + mState->directory + ".\n";
     text += mMissing.empty() ? "Nothing is missing.\n" : "Missing:\n";
     for (const std::string& line : mMissing) text += "  " + line + "\n";
     return text;

@@ -4,14 +4,14 @@
 #pragma once
 
 #include <chrono>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <android-base/result.h>
 
-#include <nlohmann/json.hpp>
-
 #include "simulator/camerasim/commands/Archive.h"
+#include "simulator/control/Protocol.h"
 
 namespace orvo::simulator {
 
@@ -32,7 +32,7 @@ class Bugreport {
     Bugreport(std::string root, std::chrono::milliseconds patience);
 
     /** The device's name, or "device" if it does not answer; fit for a file's name. */
-    std::string deviceName() const;
+    std::string headsetName() const;
 
     /** Writes the archive. An error if that fails; what cannot be had is only missing. */
     android::base::Result<void> write(const std::string& file);
@@ -54,8 +54,8 @@ class Bugreport {
 
     const std::string mRoot;
     const std::chrono::milliseconds mPatience;
-    nlohmann::json mState;  ///< null if the device does not answer
-    std::string mSilence;   ///< why it does not
+    std::optional<HeadsetState> mState;  ///< nothing if the device does not answer
+    std::string mSilence;                ///< why it does not
     std::string mPrefix;
     std::vector<std::string> mMissing;
 };

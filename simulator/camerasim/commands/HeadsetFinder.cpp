@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// HeadsetFinder: knows devices by the names of their directories and by who accepts there.
+// HeadsetFinder: knows headsets by the names of their directories and by who accepts there.
 
 #include "simulator/camerasim/commands/HeadsetFinder.h"
 
@@ -12,13 +12,9 @@
 #include <filesystem>
 #include <system_error>
 
-#include <nlohmann/json.hpp>
-
-#include "simulator/camerasim/commands/Complaint.h"
-#include "simulator/camerasim/commands/NamedRequest.h"
+#include "simulator/camerasim/Looks.h"
 #include "simulator/camerasim/outside/Janitor.h"
 #include "simulator/camerasim/outside/Stage.h"
-#include "simulator/camerasim/tour/Narrator.h"
 #include "simulator/control/ControlClient.h"
 
 namespace orvo::simulator {
@@ -47,35 +43,35 @@ std::string canonical(const std::string& path) {
 }
 
 FoundHeadset askWhoItIs(const std::string& root) {
-    const auto answer = ask(root, {{"command", "state"}}, kShortPatience);
-    if (!answer) return {root, std::nullopt, answer.error().message()};
-    return {root, answer->get<HeadsetState>(), ""};
+    const auto state = ask(root, StateRequest(), kShortPatience);
+    if (!state) return {root, std::nullopt, state.error().message()};
+    return {root, *state, ""};
 }
 
-bool fits(const FoundHeadset& device, const std::string& wanted) {
-    if (!device.state) return false;
+bool fits(const FoundHeadset& headset, const std::string& wanted) {
+    if (!headset.state) return false;
     const std::string directory = canonical(wanted);
-    return device.state->name == wanted ||
-           (!directory.empty() && canonical(device.state->directory) == directory);
+    return headset.state->name == wanted ||
+           (!directory.empty() && canonical(headset.state->directory) == directory);
 }
 
 /** "headset (/tmp/camerasim.Ab12Cd), ...". */
-std::string describe(const std::vector<FoundHeadset>& devices) {
+std::string describe(const std::vector<FoundHeadset>& headsets) {
     std::vector<std::string> texts;
-    texts.reserve(devices.size());
-    for (const FoundHeadset& device : devices) {
-        texts.push_back((device.state ? device.state->name : "a device that does not answer") +
-                        " (" + device.root + ")");
+    texts.reserve(headsets.size());
+    for (const FoundHeadset& headset : headsets) {
+        texts.push_back((headset.state ? headset.state->name : "a device that does not answer") +
+                        " (" + headset.root + ")");
     }
     return listed(texts, "none");
 }
 
 Result<std::string> chooseByState(const std::vector<std::string>& roots,
                                   const std::string& wanted) {
-    const std::vector<FoundHeadset> all = runningDevices();
+    const std::vector<FoundHeadset> all = runningHeadsets();
     std::vector<FoundHeadset> fitting;
-    for (const FoundHeadset& device : all) {
-        if (fits(device, wanted)) fitting.push_back(device);
+    for (const FoundHeadset& headset : all) {
+        if (fits(headset, wanted)) fitting.push_back(headset);
     }
     if (fitting.size() == 1) return fitting[0].root;
     if (roots.empty()) return badUse(kNone);
@@ -104,35 +100,29 @@ std::vector<std::string> runningRoots() {
     return roots;
 }
 
-std::vector<FoundHeadset> runningDevices() {
-    std::vector<FoundHeadset> devices;
-    for (const std::string& root : runningRoots()) devices.push_back(askWhoItIs(root));
-    return devices;
+std::vector<FoundHeadset> runningHeadsets() {
+    std::vector<FoundHeadset> headsets;
+    for (const std::string& root : runningRoots()) headsets.push_back(askWhoItIs(root));
+    return headsets;
 }
 
-Result<std::string> chooseDevice(const std::string& wanted) {
+Result<std::string> chooseHeadset(const std::string& wanted) {
     const std::vector<std::string> roots = runningRoots();
     if (wanted.empty()) {
         if (roots.size() == 1) return roots[0];
         if (roots.empty()) return badUse(kNone);
         return badUse("several devices run; say which with --device: " +
-                      describe(runningDevices()));
+                      describe(runningHeadsets()));
     }
     const std::string asRoot = canonical(wanted);
     if (std::find(roots.begin(), roots.end(), asRoot) != roots.end()) return asRoot;
     return chooseByState(roots, wanted);
 }
 
-Result<std::string> chooseDeviceOrRemains(const std::string& wanted) {
+Result<std::string> chooseHeadsetOrRemains(const std::string& wanted) {
     const std::string asRoot = canonical(wanted);
     if (!wanted.empty() && fs::is_directory(Stage(asRoot).logs())) return asRoot;
-    return chooseDevice(wanted);
-}
-
-Result<nlohmann::json> askDevice(const std::string& wanted, const nlohmann::json& request) {
-    const auto root = chooseDevice(wanted);
-    if (!root) return unexpected(root.error());
-    return askByName(*root, request);
+    return chooseHeadset(wanted);
 }
 
 }  // namespace orvo::simulator

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// HeadsetFinder: which devices run, and which of them a command is about.
+// HeadsetFinder: which headsets run, and which of them a command is about.
 
 #pragma once
 
@@ -9,36 +9,32 @@
 
 #include <android-base/result.h>
 
-#include "simulator/control/HeadsetState.h"
+#include "simulator/control/Protocol.h"
 
 namespace orvo::simulator {
 
-/** A device that runs: its control socket accepts. */
+/** A headset that runs: its control socket accepts. */
 struct FoundHeadset {
     std::string root;                   ///< its temporary directory, absolute
     std::optional<HeadsetState> state;  ///< nothing if it does not answer
     std::string problem;                ///< why it does not
 };
 
-/** Roots of this user's running devices below $TMPDIR, sorted; directories left over are not. */
+/** Roots of this user's running headsets below $TMPDIR, sorted; directories left over are not. */
 std::vector<std::string> runningRoots();
 
-/** The running devices with what they tell of themselves. */
-std::vector<FoundHeadset> runningDevices();
+/** The running headsets with what they tell of themselves. */
+std::vector<FoundHeadset> runningHeadsets();
 
 /**
- * The root of the device that a command is about.
+ * The root of the headset that a command is about.
  *
- * @param wanted a device's name, its description's directory, or its root; "" for the only one.
- * @return an error, one line that names the running devices, if none or several fit.
+ * @param wanted a headset's name, its description's directory, or its root; "" for the only one.
+ * @return an error, one line that names the running ones, if none or several fit.
  */
-android::base::Result<std::string> chooseDevice(const std::string& wanted);
+android::base::Result<std::string> chooseHeadset(const std::string& wanted);
 
-/** As chooseDevice(); takes the root of a device that has ended, too. */
-android::base::Result<std::string> chooseDeviceOrRemains(const std::string& wanted);
-
-/** Asks the chosen device as askByName() does. */
-android::base::Result<nlohmann::json> askDevice(const std::string& wanted,
-                                                const nlohmann::json& request);
+/** As chooseHeadset(); takes the root of a headset that has ended, too. */
+android::base::Result<std::string> chooseHeadsetOrRemains(const std::string& wanted);
 
 }  // namespace orvo::simulator

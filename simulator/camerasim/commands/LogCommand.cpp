@@ -3,22 +3,19 @@
 
 #include <algorithm>
 #include <iostream>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include <nlohmann/json.hpp>
 
-#include "simulator/camerasim/Colour.h"
-#include "simulator/camerasim/ExitStatus.h"
-#include "simulator/camerasim/commands/Commands.h"
-#include "simulator/camerasim/commands/Complaint.h"
+#include "simulator/camerasim/Looks.h"
+#include "simulator/camerasim/commands/Command.h"
 #include "simulator/camerasim/commands/HeadsetFinder.h"
 #include "simulator/camerasim/commands/LogReader.h"
 #include "simulator/camerasim/commands/Output.h"
 #include "simulator/camerasim/inside/Programs.h"
 #include "simulator/camerasim/outside/Stage.h"
-#include "simulator/camerasim/tour/Narrator.h"
+#include "simulator/control/Complaint.h"
 
 namespace orvo::simulator {
 
@@ -26,9 +23,9 @@ using android::base::Result;
 
 namespace {
 
-struct LogOptions : DeviceOptions {
+struct LogOptions {
     LogFilter filter;
-    bool follow = false;
+    bool json;
 };
 
 /** A provider's log goes by the provider's name, too. */
@@ -49,7 +46,7 @@ size_t printLines(const std::vector<LogLine>& lines, const LogOptions& options) 
     for (const LogLine& line : lines) {
         if (!options.filter.accepts(line)) continue;
         printed++;
-        if (options.json()) {
+        if (options.json) {
             printJsonLine(line);
         } else {
             std::cout << logText(line, wantsColour()) << "\n";
@@ -74,8 +71,12 @@ void follow(LogReader& reader, const LogOptions& options) {
     std::cerr << "the device has ended" << std::endl;
 }
 
-int listLog(LogOptions options) {
-    const auto root = chooseDeviceOrRemains(options.device);
+}  // namespace
+
+int listLog(const Values& values) {
+    LogOptions options{{values.text("--tag"), values.text("--priority"), values.text("--program")},
+                       values.json()};
+    const auto root = chooseHeadsetOrRemains(values.text("--device"));
     if (!root) return complain(root.error());
     auto reader = LogReader::open(Stage(*root).logs());
     if (!reader) return complain(reader.error());
@@ -84,34 +85,15 @@ int listLog(LogOptions options) {
         if (!program) return complain(program.error());
         options.filter.program = *program;
     }
-    if (options.follow) {
+    if (values.has("--follow")) {
         follow(*reader, options);
         return kAsExpected;
     }
     const std::vector<LogLine> lines = reader->readNew(true);
-    if (printLines(lines, options) == 0 && !options.json()) {
+    if (printLines(lines, options) == 0 && !options.json) {
         printNothing(whyNothing(lines.size(), options.filter));
     }
     return kAsExpected;
-}
-
-}  // namespace
-
-void addLog(Commands& commands) {
-    auto options = std::make_shared<LogOptions>();
-    LogFilter& filter = options->filter;
-    commands.add({"log", "list what the programs of the device have logged, in the order of time",
-                  "camerasim log --tag OrvoCameraServiceImpl --priority W -f"},
-                 [options] { return listLog(*options); })
-            .option("--tag", filter.tag, "TAG", "only with this tag")
-            .option("--priority", filter.priority, "P",
-                    "only of this priority and above: V, D, I, W, E or F",
-                    {"V", "D", "I", "W", "E", "F"})
-            .option("--program", filter.program, "NAME",
-                    "only of this program, or of this provider's")
-            .flag("-f,--follow", options->follow, "go on with whatever is logged, until Ctrl-C")
-            .device(*options)
-            .format(*options);
 }
 
 }  // namespace orvo::simulator

@@ -14,7 +14,7 @@
 #include <system_error>
 #include <utility>
 
-#include "simulator/camerasim/commands/Complaint.h"
+#include "simulator/control/Complaint.h"
 
 namespace orvo::simulator {
 

@@ -10,9 +10,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "simulator/camerasim/Colour.h"
-#include "simulator/camerasim/inside/EventPrinter.h"
-#include "simulator/camerasim/tour/Narrator.h"
+#include "simulator/camerasim/Looks.h"
 
 namespace orvo::simulator {
 
@@ -125,21 +123,11 @@ void printCameras(const HeadsetState& state) {
     for (const ProviderState& provider : state.providers) {
         if (provider.problem.empty()) continue;
         reasons = true;
-        const std::string line = "no cameras of " + provider.instance + ": " + provider.problem;
+        const std::string line = provider.instance + ": " + provider.problem;
         std::cout << painted(line, Paint::YELLOW, wantsColour()) << "\n";
     }
     if (state.cameras.empty() && !reasons) printNothing("no provider has reported a camera");
     std::cout.flush();
-}
-
-std::string dumpText(const Json& answer) {
-    std::string all;
-    for (const Json& one : answer.is_array() ? answer : Json::array({answer})) {
-        std::string text = one.at("text");
-        if (text.empty()) text = one.at("service").get<std::string>() + " has nothing to tell\n";
-        all += (all.empty() ? "" : "\n") + text;
-    }
-    return all;
 }
 
 std::string numberedEvent(const TimelineEvent& event, bool colour) {

@@ -3,13 +3,12 @@
 
 #pragma once
 
-#include <ostream>
 #include <string>
 
 #include <nlohmann/json_fwd.hpp>
 
 #include "simulator/camerasim/commands/Table.h"
-#include "simulator/control/HeadsetState.h"
+#include "simulator/control/Protocol.h"
 
 namespace orvo::simulator {
 
@@ -40,11 +39,8 @@ Table cameraTable(const HeadsetState& state);
 /** The device and its camera provider service, in two lines without an end. */
 std::string headerOf(const HeadsetState& state);
 
-/** The table of cameras, and for each provider without any the reason. */
+/** The table of cameras, and below it what is wrong with providers. */
 void printCameras(const HeadsetState& state);
-
-/** What services wrote for whoever looks at them, one below the other; "" if there is none. */
-std::string dumpText(const nlohmann::json& answer);
 
 /** A line of the timeline behind its number, by which later events can be asked for. */
 std::string numberedEvent(const TimelineEvent& event, bool colour);

@@ -18,24 +18,6 @@ size_t widthOf(const std::string& text) {
     return std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; });
 }
 
-const char* codeOf(Paint paint) {
-    switch (paint) {
-        case Paint::PLAIN:
-            return "";
-        case Paint::BOLD:
-            return "\033[1m";
-        case Paint::DIM:
-            return "\033[2m";
-        case Paint::GREEN:
-            return "\033[32m";
-        case Paint::YELLOW:
-            return "\033[33m";
-        case Paint::RED:
-            return "\033[1;31m";
-    }
-    return "";
-}
-
 void printLine(std::ostream& out, const std::vector<Cell>& cells, const std::vector<size_t>& widths,
                bool colour) {
     for (size_t i = 0; i < cells.size(); i++) {
@@ -47,11 +29,6 @@ void printLine(std::ostream& out, const std::vector<Cell>& cells, const std::vec
 }
 
 }  // namespace
-
-std::string painted(const std::string& text, Paint paint, bool colour) {
-    if (!colour || paint == Paint::PLAIN) return text;
-    return codeOf(paint) + text + "\033[0m";
-}
 
 void Table::addRow(std::vector<Cell> cells) {
     for (Cell& cell : cells) {

@@ -7,12 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "simulator/camerasim/Looks.h"
+
 namespace orvo::simulator {
-
-/** How a text is painted where colour is allowed. */
-enum class Paint { PLAIN, BOLD, DIM, GREEN, YELLOW, RED };
-
-std::string painted(const std::string& text, Paint paint, bool colour);
 
 /** A cell of a table. */
 struct Cell {

@@ -7,16 +7,11 @@
 #include <chrono>
 #include <deque>
 #include <iostream>
-#include <memory>
 #include <sstream>
 #include <string>
 
-#include <nlohmann/json.hpp>
-
-#include "simulator/camerasim/Colour.h"
-#include "simulator/camerasim/ExitStatus.h"
-#include "simulator/camerasim/commands/Commands.h"
-#include "simulator/camerasim/commands/Complaint.h"
+#include "simulator/camerasim/Looks.h"
+#include "simulator/camerasim/commands/Command.h"
 #include "simulator/camerasim/commands/HeadsetFinder.h"
 #include "simulator/camerasim/commands/LiveScreen.h"
 #include "simulator/camerasim/commands/Output.h"
@@ -27,7 +22,6 @@ namespace orvo::simulator {
 using android::base::Result;
 using android::base::unexpected;
 using std::chrono::milliseconds;
-using Json = nlohmann::json;
 
 namespace {
 
@@ -52,10 +46,8 @@ class Watch {
   private:
     /** Learns what has happened so far, so that following begins where that ends. */
     Result<void> readHistory();
-    Json followRequest() const {
-        return {{"command", "events"}, {"from", mNext}, {"follow", true}};
-    }
-    void remember(const Json& event);
+    EventsRequest followRequest() const { return {mNext, true}; }
+    void remember(const TimelineEvent& event);
     std::string picture() const;
     /** Takes every event that is there. @return false if the device has ended. */
     Result<bool> takeEvents(ControlClient& events);
@@ -65,30 +57,29 @@ class Watch {
     std::deque<TimelineEvent> mLast;  ///< those that are shown
 };
 
-void Watch::remember(const Json& event) {
-    mLast.push_back(event.get<TimelineEvent>());
+void Watch::remember(const TimelineEvent& event) {
+    mLast.push_back(event);
     mNext = mLast.back().number + 1;
     if (mLast.size() > kEventsShown) mLast.pop_front();
 }
 
 Result<void> Watch::readHistory() {
-    const auto whole = askForEvents(mRoot, {{"command", "events"}, {"from", 1}, {"follow", false}},
-                                    [this](const Json& event) { remember(event); });
+    const auto whole = askForEvents(mRoot, EventsRequest(),
+                                    [this](const TimelineEvent& event) { remember(event); });
     if (!whole) return unexpected(whole.error());
     return {};
 }
 
 std::string Watch::picture() const {
     std::ostringstream out;
-    const auto answer = ask(mRoot, {{"command", "state"}}, kStatePatience);
-    if (answer) {
-        const HeadsetState state = answer->get<HeadsetState>();
-        out << headerOf(state) << "\n\n";
-        providerTable(state).print(out, wantsColour());
+    const auto state = ask(mRoot, StateRequest(), kStatePatience);
+    if (state) {
+        out << headerOf(*state) << "\n\n";
+        providerTable(*state).print(out, wantsColour());
         out << "\n";
-        cameraTable(state).print(out, wantsColour());
+        cameraTable(*state).print(out, wantsColour());
     } else {
-        out << answer.error().message() << "\n";
+        out << state.error().message() << "\n";
     }
     out << "\n";
     for (const TimelineEvent& event : mLast) out << numberedEvent(event, wantsColour()) << "\n";
@@ -102,7 +93,9 @@ Result<bool> Watch::takeEvents(ControlClient& events) {
         const auto message = events.next(kStatePatience);
         if (!message) return unexpected(message.error());
         if (message->kind != ControlMessage::Kind::EVENT) return false;
-        remember(message->body);
+        const auto event = messageIn<TimelineEvent>(message->body);
+        if (!event) return unexpected(event.error());
+        remember(*event);
     }
     return true;
 }
@@ -127,38 +120,29 @@ Result<void> Watch::onTerminal() {
 Result<void> Watch::asLines() {
     const auto known = readHistory();
     if (!known) return unexpected(known.error());
-    const auto answer = ask(mRoot, {{"command", "state"}});
-    if (!answer) return unexpected(answer.error());
-    const HeadsetState state = answer->get<HeadsetState>();
-    std::cout << headerOf(state) << "\n\n";
-    providerTable(state).print(std::cout, false);
+    const auto state = ask(mRoot, StateRequest());
+    if (!state) return unexpected(state.error());
+    std::cout << headerOf(*state) << "\n\n";
+    providerTable(*state).print(std::cout, false);
     std::cout << "\n";
-    printCameras(state);
+    printCameras(*state);
     std::cout << std::endl;
-    const auto whole = askForEvents(mRoot, followRequest(), [](const Json& event) {
-        std::cout << numberedEvent(event.get<TimelineEvent>(), false) << std::endl;
+    const auto whole = askForEvents(mRoot, followRequest(), [](const TimelineEvent& event) {
+        std::cout << numberedEvent(event, false) << std::endl;
     });
     if (!whole) return unexpected(whole.error());
     std::cerr << "the device has ended" << std::endl;
     return {};
 }
 
-int watch(const DeviceOptions& options) {
-    const auto root = chooseDevice(options.device);
+}  // namespace
+
+int watch(const Values& values) {
+    const auto root = chooseHeadset(values.text("--device"));
     if (!root) return complain(root.error());
     Watch watch(*root);
     const auto watched = isatty(STDOUT_FILENO) != 0 ? watch.onTerminal() : watch.asLines();
     return watched ? kAsExpected : complain(watched.error());
-}
-
-}  // namespace
-
-void addWatch(Commands& commands) {
-    auto options = std::make_shared<DeviceOptions>();
-    commands.add({"watch", "show providers, cameras and events as they change, until Ctrl-C",
-                  "camerasim watch"},
-                 [options] { return watch(*options); })
-            .device(*options);
 }
 
 }  // namespace orvo::simulator

@@ -54,6 +54,15 @@ std::optional<CameraState> CameraTable::find(const std::string& name) const {
     return found->second;
 }
 
+std::vector<std::string> CameraTable::heldOpen() const {
+    MutexLock lock(mLock);
+    std::vector<std::string> names;
+    for (const auto& [name, camera] : mCameras) {
+        if (camera.open) names.push_back(name);
+    }
+    return names;
+}
+
 std::set<std::string> CameraTable::everReported() const {
     MutexLock lock(mLock);
     return mEverReported;

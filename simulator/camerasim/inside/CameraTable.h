@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "host/Mutex.h"
-#include "simulator/control/HeadsetState.h"
+#include "simulator/control/Protocol.h"
 
 namespace orvo::simulator {
 
@@ -29,6 +29,8 @@ class CameraTable {
     /** Sorted by name. One with a torch but no status yet has the status "". */
     std::vector<CameraState> cameras() const;
     std::optional<CameraState> find(const std::string& name) const;
+    /** Names of those that are held open. */
+    std::vector<std::string> heldOpen() const;
     /** Every name that ever had a status, also before the last clear(). */
     std::set<std::string> everReported() const;
 

@@ -1,79 +1,85 @@
 // SPDX-License-Identifier: Apache-2.0
-// EventPrinter: one line for each event, flushed at once.
+// EventPrinter: a write that nobody reads is interrupted by a signal, so that it can be joined.
 
 #include "simulator/camerasim/inside/EventPrinter.h"
 
 #include <poll.h>
-#include <stdio.h>
+#include <signal.h>
 #include <sys/eventfd.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
+#include <utility>
+
+#include "simulator/camerasim/Looks.h"
 
 namespace orvo::simulator {
 
 namespace {
 
-constexpr char kDim[] = "\033[2m";
-constexpr char kGreen[] = "\033[32m";
-constexpr char kRed[] = "\033[31m";
-constexpr char kYellow[] = "\033[33m";
-constexpr char kBlue[] = "\033[34m";
-constexpr char kPlain[] = "\033[0m";
+constexpr int kInterruption = SIGUSR1;
+constexpr std::chrono::seconds kPatience{1};
+constexpr std::chrono::milliseconds kPause{10};
 
-bool startsWith(const std::string& text, const std::string& start) {
-    return text.compare(0, start.size(), start) == 0;
-}
-
-/** Good news, bad news, what somebody asked for, and light. */
-const char* colourOf(const TimelineEvent& event) {
-    for (const char* bad : {"NOT_PRESENT", "ended", "disconnected", "did not"}) {
-        if (startsWith(event.what, bad)) return kRed;
-    }
-    if (event.kind == "command") return kBlue;
-    if (event.kind == "torch") return kYellow;
-    return kGreen;
+/** A signal that only ends the system call that it comes into. */
+void makeInterruptible() {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};
+    sigaction(kInterruption, &action, nullptr);
 }
 
 }  // namespace
 
-std::string eventLine(const TimelineEvent& event, bool colour) {
-    char seconds[32];
-    snprintf(seconds, sizeof(seconds), "%9.3f", event.seconds);
-    char rest[64];
-    snprintf(rest, sizeof(rest), "  %-8s  ", event.kind.c_str());
-    const std::string time = event.time + " " + seconds;
-    if (!colour) return time + rest + event.who + "  " + event.what;
-    return kDim + time + kPlain + rest + event.who + "  " + colourOf(event) + event.what + kPlain;
+EventPrinter::EventPrinter(Timeline& timeline, std::string greeting, bool colour)
+    : mTimeline(timeline),
+      mGreeting(std::move(greeting)),
+      mColour(colour),
+      mFinishFd(eventfd(0, EFD_CLOEXEC)) {
+    makeInterruptible();
+    mThread = std::thread([this] { print(); });
 }
 
-EventPrinter::EventPrinter(Timeline& timeline, bool colour)
-    : mTimeline(timeline), mColour(colour), mFinishFd(eventfd(0, EFD_CLOEXEC)) {
-    std::thread([this] { printUntilFinished(); }).detach();
-}
-
-void EventPrinter::finish() {
+EventPrinter::~EventPrinter() {
     (void)eventfd_write(mFinishFd.get(), 1);
-    MutexLock lock(mLock);
-    mChanged.wait_for(lock, std::chrono::seconds(1), [this]() REQUIRES(mLock) { return mDone; });
+    const auto deadline = std::chrono::steady_clock::now() + kPatience;
+    while (!mDone) {
+        std::this_thread::sleep_for(kPause);
+        if (std::chrono::steady_clock::now() < deadline) continue;
+        // Again and again: one that comes just before the system call has no effect.
+        mGivenUp = true;
+        pthread_kill(mThread.native_handle(), kInterruption);
+    }
+    mThread.join();
 }
 
-void EventPrinter::printUntilFinished() {
+bool EventPrinter::write(const std::string& text) {
+    size_t written = 0;
+    while (written < text.size() && !mGivenUp) {
+        const ssize_t count = ::write(STDOUT_FILENO, text.data() + written, text.size() - written);
+        if (count < 0 && errno != EINTR) return false;
+        if (count > 0) written += count;
+    }
+    return !mGivenUp;
+}
+
+void EventPrinter::print() {
     const Timeline::Bell bell(mTimeline);
+    bool read = write(mGreeting);
     int64_t next = 1;
-    for (bool finished = false; !finished;) {
+    for (bool finished = false; read && !finished;) {
         pollfd ready[] = {{bell.fd(), POLLIN, 0}, {mFinishFd.get(), POLLIN, 0}};
         (void)poll(ready, 2, -1);
         finished = ready[1].revents != 0;
         bell.silence();
+        std::string lines;
         for (const TimelineEvent& event : mTimeline.events(next)) {
-            puts(eventLine(event, mColour).c_str());
+            lines += eventLine(event, mColour) + "\n";
             next = event.number + 1;
         }
-        fflush(stdout);
+        read = write(lines);
     }
-    MutexLock lock(mLock);
     mDone = true;
-    mChanged.notify_all();
 }
 
 }  // namespace orvo::simulator

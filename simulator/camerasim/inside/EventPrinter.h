@@ -1,38 +1,40 @@
 // SPDX-License-Identifier: Apache-2.0
-// EventPrinter: prints the timeline of a device as it goes on.
+// EventPrinter: prints the timeline of a headset as it goes on.
 
 #pragma once
 
+#include <pthread.h>
+
+#include <atomic>
 #include <string>
 #include <thread>
 
 #include <android-base/unique_fd.h>
 
-#include "host/Mutex.h"
 #include "simulator/camerasim/inside/Timeline.h"
 
 namespace orvo::simulator {
 
-/** One line of the timeline for a person, without its end. */
-std::string eventLine(const TimelineEvent& event, bool colour);
-
-/** A thread that writes to stdout; the device never waits for it. */
+/** A thread that writes to stdout; the headset never waits for it. */
 class EventPrinter {
   public:
-    /** Begins to print. */
-    EventPrinter(Timeline& timeline, bool colour);
+    /** Begins to print: the greeting, then a line for each event. */
+    EventPrinter(Timeline& timeline, std::string greeting, bool colour);
     /** Prints what is left; not more than a second's worth, for a terminal may stand still. */
-    void finish();
+    ~EventPrinter();
 
   private:
-    void printUntilFinished();
+    void print();
+    /** False if nobody reads, or nobody has read until the patience was over. */
+    bool write(const std::string& text);
 
     Timeline& mTimeline;
+    const std::string mGreeting;
     const bool mColour;
-    android::base::unique_fd mFinishFd;  ///< rung by finish()
-    Mutex mLock;
-    ConditionVariable mChanged;
-    bool mDone GUARDED_BY(mLock) = false;
+    const android::base::unique_fd mFinishFd;  ///< rung when nothing more will happen
+    std::atomic<bool> mGivenUp{false};
+    std::atomic<bool> mDone{false};
+    std::thread mThread;
 };
 
 }  // namespace orvo::simulator

@@ -4,7 +4,6 @@
 #include "simulator/camerasim/inside/Framework.h"
 
 #include <chrono>
-#include <thread>
 #include <utility>
 
 namespace orvo::simulator {
@@ -32,8 +31,8 @@ void Framework::attach(const std::string& instance, bool listed) {
         generation = mGeneration;
         mAttached[instance].client = client;
     }
-    std::thread([=] { hear(generation, instance, client); }).detach();
-    std::thread([=] { registerWith(generation, instance, client, listed); }).detach();
+    mThreads.start([=] { hear(generation, instance, client); });
+    mThreads.start([=] { registerWith(generation, instance, client, listed); });
 }
 
 void Framework::registerWith(uint64_t generation, const std::string& instance, const Client& client,
@@ -87,8 +86,9 @@ bool Framework::apply(uint64_t generation, const std::string& instance, const St
         if (mGeneration != generation) return false;
         if (device != nullptr) {
             mCameras.report(instance, name, toString(*device));
-            if (*device == StatusEvent::Device::NOT_PRESENT) stale = std::exchange(mHeld[name], {});
             mTimeline.add("camera", name, toString(*device));
+            if (*device == StatusEvent::Device::NOT_PRESENT) stale = std::exchange(mHeld[name], {});
+            if (stale != nullptr) mTimeline.add("camera", name, "the session held open is gone");
         } else {
             const std::string torch = toString(std::get<StatusEvent::Torch>(event.status));
             mCameras.reportTorch(instance, name, torch);

@@ -13,12 +13,13 @@
 #include "simulator/camerasim/inside/CameraTable.h"
 #include "simulator/camerasim/inside/Timeline.h"
 #include "simulator/framework/FrameworkClient.h"
+#include "simulator/process/OwnedThreads.h"
 
 namespace orvo::simulator {
 
 /**
  * Keeps the camera table and the timeline in step with what the service reports. Any thread may
- * call. Lives as long as its process: a hung service may hold its threads for ever.
+ * call. The service has to end before this does, so that its threads do.
  */
 class Framework {
   public:
@@ -74,6 +75,7 @@ class Framework {
     uint64_t mGeneration GUARDED_BY(mLock) = 0;                   ///< grows when a service ends
     std::map<std::string, Attached> mAttached GUARDED_BY(mLock);  ///< key: instance
     std::map<std::string, Session> mHeld GUARDED_BY(mLock);       ///< key: framework name
+    OwnedThreads mThreads;                                        ///< two for each client
 };
 
 }  // namespace orvo::simulator

@@ -12,8 +12,7 @@
 
 #include <cutils/properties.h>
 
-#include "simulator/camerasim/ExitStatus.h"
-#include "simulator/control/WithinLimit.h"
+#include "simulator/control/Complaint.h"
 
 namespace orvo::simulator {
 
@@ -27,6 +26,8 @@ constexpr std::chrono::seconds kQuick{1};
 constexpr int kMostDoublings = 4;
 /** A provider that does not settle in that time is hung, or waits for somebody who is. */
 constexpr uint32_t kSettleMs = 2000;
+/** Longer than a connection may take. */
+constexpr std::chrono::seconds kWarnAfter{2};
 
 }  // namespace
 
@@ -34,7 +35,7 @@ Headset::Headset(HeadsetFiles files, Installation installation, const Stage& sta
                  bool restartProviders)
     : mFiles(std::move(files)),
       mRestartProviders(restartProviders),
-      mRunning(mFiles.description(), std::move(installation), stage),
+      mPrograms(mFiles.description(), std::move(installation), stage),
       mProviders(mTimeline),
       mFramework(mTimeline, mCameras) {
     supervisor().observeEnds([this](const std::string& program, pid_t pid, const std::string& how) {
@@ -42,8 +43,13 @@ Headset::Headset(HeadsetFiles files, Installation installation, const Stage& sta
     });
 }
 
+Headset::~Headset() {
+    // Nothing that calls them, or hears of them, has to be told that they are gone after this.
+    (void)endPrograms();
+}
+
 Result<void> Headset::boot() {
-    auto manager = mRunning.startServiceManager();
+    auto manager = mPrograms.startServiceManager();
     if (!manager) return manager;
     mTimeline.add("process", Programs::kServiceManager, "ready");
     for (const ProviderProgram& provider : mFiles.description().providers) {
@@ -51,6 +57,7 @@ Result<void> Headset::boot() {
         if (started) continue;
         mTimeline.add("process", provider.instance, started.error().message());
     }
+    mMainThread.post([this] { warn(); }, kWarnAfter);
     return startService();
 }
 
@@ -60,13 +67,21 @@ int Headset::run() {
 }
 
 void Headset::stop() {
-    endPrograms();
+    (void)endPrograms();
     letGo();
 }
 
-void Headset::endPrograms() {
+std::vector<std::string> Headset::endPrograms() {
     mStopping = true;
-    supervisor().stopAll();
+    return mPrograms.shutDown();
+}
+
+// What `camerasim ps` would complain of, once the service had its time to connect.
+void Headset::warn() {
+    for (const ProviderState& provider : state(false).providers) {
+        if (!provider.problem.empty())
+            mTimeline.add("warning", provider.instance, provider.problem);
+    }
 }
 
 Result<void> Headset::startProvider(const std::string& instance) {
@@ -74,7 +89,7 @@ Result<void> Headset::startProvider(const std::string& instance) {
         MutexLock lock(mLock);
         mPaces[instance].startedAt = Clock::now();
     }
-    auto started = mRunning.startProvider(instance);
+    auto started = mPrograms.startProvider(instance);
     if (!started) return started;
     const auto pid = supervisor().pidOf(Programs::programOf(instance));
     if (pid) mProviders.started(instance, *pid);
@@ -98,7 +113,7 @@ Result<void> Headset::startService() {
         starts = mServiceStarts++;
         mPaces[kServiceWord].startedAt = Clock::now();
     }
-    const auto started = mRunning.startService();
+    const auto started = mPrograms.startService();
     const auto pid = supervisor().pidOf(Programs::kService);
     // One that serves some of what it should goes on with that.
     if (!pid) return started ? Error() << "the camera provider service has ended" : started;
@@ -177,12 +192,12 @@ Result<std::string> Headset::programOf(const std::string& name) const {
     if (name == kServiceWord) return std::string(Programs::kService);
     if (mFiles.isDescribed(name)) return Programs::programOf(name);
     if (mFiles.isServed(name)) {
-        return Error() << name
-                       << " is served by the camera provider service; name that: " << kServiceWord;
+        return badUse(name +
+                      " is served by the camera provider service; name that: " + kServiceWord);
     }
     const auto known = mFiles.checkKnown(name);
-    if (!known) return Error() << known.error() << ", " << kServiceWord;
-    return Error() << name << " has no process: device.yaml describes none";
+    if (!known) return badUse(known.error().message() + ", " + kServiceWord);
+    return badUse(name + " has no process: device.yaml describes none");
 }
 
 void Headset::settle() {

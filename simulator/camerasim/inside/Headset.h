@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Headset: a device that stays up: its programs, its framework, and what it tells of itself.
+// Headset: one that is up: its programs, its framework, and what it tells of itself.
 
 #pragma once
 
@@ -15,21 +15,19 @@
 
 #include "host/Mutex.h"
 #include "simulator/camerasim/inside/CameraTable.h"
-#include "simulator/camerasim/inside/Condition.h"
 #include "simulator/camerasim/inside/Framework.h"
 #include "simulator/camerasim/inside/MainThread.h"
 #include "simulator/camerasim/inside/Programs.h"
 #include "simulator/camerasim/inside/ProviderConnections.h"
 #include "simulator/camerasim/inside/Timeline.h"
-#include "simulator/control/HeadsetState.h"
+#include "simulator/control/Condition.h"
+#include "simulator/control/Protocol.h"
 #include "simulator/description/HeadsetFiles.h"
+#include "simulator/process/LimitedCalls.h"
 
 namespace orvo::simulator {
 
-/**
- * Any thread may call, but boot() and run() belong on the main thread. Lives as long as its
- * process.
- */
+/** Any thread may call, but boot(), run() and the end belong on the main thread. */
 class Headset {
   public:
     /** What the user calls the camera provider service. */
@@ -37,6 +35,8 @@ class Headset {
 
     Headset(HeadsetFiles files, Installation installation, const Stage& stage,
             bool restartProviders);
+    /** Ends all programs, and waits for every call to one of them. */
+    ~Headset();
 
     /**
      * Starts everything. A provider that does not come up is told on the timeline and left; an
@@ -47,8 +47,9 @@ class Headset {
     int run();
     /** Ends all programs; when it returns they have ended. Then run() returns. */
     void stop();
-    /** As stop(), but run() goes on until letGo(). */
-    void endPrograms();
+    /** As stop(), but run() goes on until letGo(). @return a line for each that did not end well.
+     */
+    std::vector<std::string> endPrograms();
     void letGo() { mMainThread.stop(); }
 
     /** Whether stop() or endPrograms() was called. */
@@ -76,9 +77,9 @@ class Headset {
     CameraTable& cameras() { return mCameras; }
     Framework& framework() { return mFramework; }
     ProviderConnections& providers() { return mProviders; }
-    Supervisor& supervisor() { return mRunning.supervisor(); }
-    const Programs& running() const { return mRunning; }
-    const Stage& stage() const { return mRunning.stage(); }
+    Supervisor& supervisor() { return mPrograms.supervisor(); }
+    const Programs& programs() const { return mPrograms; }
+    const Stage& stage() const { return mPrograms.stage(); }
 
   private:
     using Clock = std::chrono::steady_clock;
@@ -88,6 +89,7 @@ class Headset {
     android::base::Result<void> startService();
     void onEnd(const std::string& program, pid_t pid, const std::string& how);
     void clearProperties();
+    void warn();
     void restartLater(const std::string& who);
     ServiceState serviceState() const;
     ProviderState providerState(const std::string& instance) const;
@@ -97,7 +99,7 @@ class Headset {
     const bool mRestartProviders;
     Timeline mTimeline;
     CameraTable mCameras;
-    Programs mRunning;
+    Programs mPrograms;
     ProviderConnections mProviders;
     Framework mFramework;
     MainThread mMainThread;
@@ -112,6 +114,7 @@ class Headset {
         int quickEnds = 0;
     };
     std::map<std::string, Pace> mPaces GUARDED_BY(mLock);
+    LimitedCalls mCalls{8};
 };
 
 }  // namespace orvo::simulator

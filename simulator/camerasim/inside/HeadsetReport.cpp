@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// HeadsetReport: puts together what a device that is up tells of itself.
+// HeadsetReport: puts together what a headset tells of itself.
 
 #include <unistd.h>
 
@@ -10,7 +10,6 @@
 
 #include "simulator/camerasim/inside/Diagnosis.h"
 #include "simulator/camerasim/inside/Headset.h"
-#include "simulator/control/WithinLimit.h"
 
 namespace orvo::simulator {
 
@@ -21,21 +20,17 @@ namespace {
 /** How long a provider may take to tell what it has. */
 constexpr std::chrono::seconds kAskPatience{2};
 
-std::vector<CameraOfProvider> devicesOf(const sp<ProviderConnections::Control>& control) {
-    using Devices = std::vector<CameraOfProvider>;
-    const auto asked = withinLimit<Devices>(kAskPatience, [control] {
-        Devices devices;
-        // One that has died meanwhile has no devices.
-        (void)control
-                ->getState([&](const auto& state) {
-                    for (const auto& device : state.devices) {
-                        devices.push_back({device.cameraDeviceName, toString(device.status)});
-                    }
-                })
-                .isOk();
-        return devices;
-    });
-    return asked.value_or(Devices());
+std::vector<CameraOfProvider> camerasOf(const sp<ProviderConnections::Control>& control) {
+    std::vector<CameraOfProvider> cameras;
+    // One that has died meanwhile has none.
+    (void)control
+            ->getState([&](const auto& state) {
+                for (const auto& device : state.devices) {
+                    cameras.push_back({device.cameraDeviceName, toString(device.status)});
+                }
+            })
+            .isOk();
+    return cameras;
 }
 
 std::string propertyOf(const std::string& name) {
@@ -52,7 +47,7 @@ ProviderFacts::Time timeOf(std::chrono::steady_clock::time_point moment) {
 
 ServiceState Headset::serviceState() const {
     ServiceState service{};
-    const Supervisor& supervisor = mRunning.supervisor();
+    const Supervisor& supervisor = mPrograms.supervisor();
     const auto pid = supervisor.pidOf(Programs::kService);
     service.running = pid.has_value();
     service.pid = pid.value_or(0);
@@ -70,7 +65,7 @@ ProviderState Headset::providerState(const std::string& instance) const {
     state.declared = mFiles.isDeclared(instance);
     state.described = mFiles.isDescribed(instance);
     state.inProcess = mFiles.isServed(instance) && !state.described;
-    const Supervisor& supervisor = mRunning.supervisor();
+    const Supervisor& supervisor = mPrograms.supervisor();
     const std::string program =
             state.inProcess ? Programs::kService : Programs::programOf(instance);
     const auto pid = supervisor.pidOf(program);
@@ -95,7 +90,7 @@ std::string Headset::problemOfProvider(const ProviderState& state) const {
     facts.described = state.described;
     facts.served = state.inProcess;
     facts.frontServed = mFramework.clientOf(state.behind) != nullptr;
-    facts.serviceRunning = mRunning.supervisor().isRunning(Programs::kService);
+    facts.serviceRunning = mPrograms.supervisor().isRunning(Programs::kService);
     facts.running = state.running;
     facts.hung = state.hung;
     facts.connected = state.connected;
@@ -121,7 +116,9 @@ HeadsetState Headset::state(bool ask) {
         ProviderState provider = providerState(instance);
         const auto control = mProviders.controlOf(instance);
         if (ask && provider.running && !provider.hung && control != nullptr) {
-            provider.devices = devicesOf(control);
+            const auto cameras = mCalls.within<std::vector<CameraOfProvider>>(
+                    kAskPatience, [control] { return camerasOf(control); });
+            if (cameras) provider.devices = *cameras;
         }
         state.providers.push_back(provider);
     }
@@ -142,7 +139,7 @@ ConditionFacts Headset::facts() {
 
 std::string Headset::whoIsHung() const {
     std::string hung;
-    const Supervisor& supervisor = mRunning.supervisor();
+    const Supervisor& supervisor = mPrograms.supervisor();
     const auto look = [&](const std::string& who, const std::string& program) {
         if (!supervisor.isHung(program)) return;
         hung += (hung.empty() ? "" : ", ") + who + " is hung";

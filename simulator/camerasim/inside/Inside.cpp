@@ -1,93 +1,90 @@
 // SPDX-License-Identifier: Apache-2.0
-// Inside: the inner half of `camerasim up`, which is the device's supervisor and its framework.
+// Inside: what is made first is the last to go, and by then nobody uses it any more.
 
-#include <unistd.h>
+#include "simulator/camerasim/inside/Inside.h"
 
-#include <chrono>
+#include <fcntl.h>
+
 #include <iostream>
-#include <string>
-#include <thread>
+#include <optional>
 
+#include <android-base/unique_fd.h>
 #include <hidl/HidlTransportSupport.h>
 
-#include "simulator/camerasim/ExitStatus.h"
-#include "simulator/camerasim/commands/UpCommand.h"
+#include "host/TransportEnd.h"
+#include "simulator/camerasim/Looks.h"
 #include "simulator/camerasim/inside/EventPrinter.h"
 #include "simulator/camerasim/inside/Headset.h"
-#include "simulator/camerasim/inside/InnerHalf.h"
 #include "simulator/camerasim/inside/Requests.h"
+#include "simulator/camerasim/inside/StopWatch.h"
+#include "simulator/camerasim/outside/Logs.h"
+#include "simulator/control/Complaint.h"
+#include "simulator/control/ControlServer.h"
 
 namespace orvo::simulator {
+
+using android::base::unique_fd;
 
 namespace {
 
 /** Notifications of several providers come at once. */
 constexpr size_t kPoolThreads = 8;
 
-void greet(const Headset& device) {
-    std::cout << "The device \"" << device.files().description().name << "\" in "
-              << device.stage().root() << "\n"
-              << "From other terminals: camerasim ps, cameras, events, kill, plug, torch and more;"
-              << " see camerasim --help.\n"
-              << "Ctrl-C here, or camerasim stop there, ends it." << std::endl;
+std::string greetingOf(const Headset& headset) {
+    return "The device \"" + headset.files().description().name + "\" in " +
+           headset.stage().root() +
+           "\nFrom other terminals: camerasim ps, cameras, events, kill, plug, torch and more; see"
+           " camerasim --help.\nCtrl-C here, or camerasim stop there, ends it.\n";
 }
 
-/** For the last lines of a device that was told to stop; the screen takes half of it at most. */
-constexpr std::chrono::seconds kLastLines{2};
+/** The outer half found the files in order a moment ago. */
+int filesChanged() {
+    return complain(badUse("the device's files have changed; try again"));
+}
 
-/**
- * Threads of the pool and of requests still run; ending without destructors is the only way. Every
- * line was flushed when it was printed; a last flush would wait for whoever does not read.
- */
-[[noreturn]] void leave(int status) {
-    _exit(status);
+/** Of what is made after it nobody is called any more when it ends. */
+struct TransportUse {
+    ~TransportUse() { endTransport(); }
+};
+
+/** One that is not inherited by programs of the headset. */
+unique_fd own(int descriptor) {
+    fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    return unique_fd(descriptor);
 }
 
 }  // namespace
 
-int runUpInside(const UpOptions& options, const std::string& root, int stopFd) {
-    const Stage stage(root);
+int runInside(const InsideOptions& options) {
+    const TransportUse transport;
+    const Stage stage(options.root);
     redirectLog(stage.logOf("camerasim"));
-    const auto description = HeadsetDescription::read(options.deviceDirectory);
+    unique_fd socket = own(options.socketFd);
+    const auto description = HeadsetDescription::read(options.directory);
     if (!description) return filesChanged();
     const auto files = HeadsetFiles::read(*description);
     const auto installation = Installation::ofThisProgram();
     if (!files || !installation) return filesChanged();
     android::hardware::configureRpcThreadpool(kPoolThreads, false);
 
-    Headset device(*files, *installation, stage, options.restart);
-    whenTold(stopFd, [&device] {
-        device.stop();
-        // The main thread leaves, unless it prints and nobody reads.
-        std::this_thread::sleep_for(kLastLines);
-        leave(kAsExpected);
-    });
-    // Who connects before the device is up waits for it.
-    auto socket = ControlServer::listen(stage.control());
-    if (!socket) {
-        std::cerr << "camerasim: " << socket.error().message() << std::endl;
-        return kBadUse;
-    }
-    greet(device);
-    EventPrinter screen(device.timeline(), wantsColour());
-    const auto booted = device.boot();
+    Headset headset(*files, *installation, stage, options.restart);
+    std::optional<EventPrinter> printer;
+    if (!options.quiet) printer.emplace(headset.timeline(), greetingOf(headset), wantsColour());
+    const StopWatch stopWatch(own(options.stopFd), [&headset] { headset.stop(); });
+    const auto booted = headset.boot();
     if (!booted) {
-        const bool wasToldToStop = device.isStopping();
-        device.endPrograms();
-        screen.finish();
-        if (wasToldToStop) leave(kAsExpected);
-        printTails(device.running());
-        std::cerr << "camerasim: " << booted.error().message() << std::endl;
-        leave(kNotAsExpected);
+        if (headset.isStopping()) return kAsExpected;
+        (void)headset.endPrograms();
+        printer.reset();
+        printTails(stage);
+        return complain(didNotHappen(booted.error().message()));
     }
-    Requests requests(device);
-    ControlServer server(std::move(*socket), [&requests](const std::string& line, Reply& reply) {
+    Requests requests(headset);
+    ControlServer server(std::move(socket), [&requests](const std::string& line, Reply& reply) {
         requests.answer(line, reply);
     });
     server.serve();
-    const int status = device.run();
-    screen.finish();
-    leave(status);
+    return headset.run();
 }
 
 }  // namespace orvo::simulator

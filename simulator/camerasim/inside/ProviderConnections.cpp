@@ -3,7 +3,7 @@
 
 #include "simulator/camerasim/inside/ProviderConnections.h"
 
-#include <thread>
+#include <utility>
 
 namespace orvo::simulator {
 
@@ -27,7 +27,7 @@ void ProviderConnections::started(const std::string& instance, pid_t pid) {
         process.connection.startedAt = Clock::now();
     }
     mTimeline.add("process", instance, "ready, process " + std::to_string(pid));
-    std::thread([this, instance, pid] { watch(instance, pid); }).detach();
+    mThreads.start([this, instance, pid] { watch(instance, pid); });
 }
 
 void ProviderConnections::ended(const std::string& instance, pid_t pid, const std::string& how) {

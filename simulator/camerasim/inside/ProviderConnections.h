@@ -14,13 +14,14 @@
 
 #include "host/Mutex.h"
 #include "simulator/camerasim/inside/Timeline.h"
+#include "simulator/process/OwnedThreads.h"
 
 namespace orvo::simulator {
 
 /**
  * One thread for each provider process waits for that process to say that a listener has registered
- * with it or was lost. Any thread may call. Lives as long as its process: the threads are never
- * joined, for a hung provider keeps its own for ever.
+ * with it or was lost. Any thread may call. The processes have to end before this does, so that the
+ * threads do.
  */
 class ProviderConnections {
   public:
@@ -62,6 +63,7 @@ class ProviderConnections {
     Timeline& mTimeline;
     mutable Mutex mLock;
     std::map<std::string, Process> mProcesses GUARDED_BY(mLock);  ///< key: instance
+    OwnedThreads mThreads;                                        ///< one for each process
 };
 
 }  // namespace orvo::simulator

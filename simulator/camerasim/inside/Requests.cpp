@@ -8,15 +8,16 @@
 #include <algorithm>
 #include <chrono>
 #include <optional>
+#include <variant>
 
 #include <nlohmann/json.hpp>
 
-#include "simulator/camerasim/inside/Condition.h"
-#include "simulator/control/WithinLimit.h"
+#include "simulator/control/Complaint.h"
+#include "simulator/control/Condition.h"
 
 namespace orvo::simulator {
 
-using android::base::Error;
+using android::base::ResultError;
 using Clock = std::chrono::steady_clock;
 
 namespace {
@@ -26,6 +27,12 @@ constexpr std::chrono::seconds kLimit{10};
 constexpr double kLongestWait = 24 * 3600;
 /** Nobody is told of changes of a property, so a condition on one is looked at that often. */
 constexpr std::chrono::milliseconds kPropertyPause{50};
+
+ResultError noAnswer(const std::string& hung) {
+    const std::string line = "no answer within " + std::to_string(kLimit.count()) + " s";
+    if (hung.empty()) return didNotHappen(line + ", though nobody is hung; see camerasim log");
+    return didNotHappen(line + ": " + hung + "; camerasim start lets it go on");
+}
 
 /**
  * Waits for the bell or the client's end, at most that long; for ever without a limit. A client
@@ -44,78 +51,54 @@ bool awaitBell(const Timeline::Bell& bell, const Reply& reply,
 
 }  // namespace
 
+template <typename Kind>
+void Requests::answer(const Kind& request, Reply& reply) {
+    using Answer = Result<typename Kind::Reply>;
+    // By value: what is still running after the limit has the request to itself.
+    const auto answer = mCalls.within<Answer>(kLimit, [this, request] { return perform(request); });
+    if (!answer) return reply.error(noAnswer(mHeadset.whoIsHung()));
+    if (!*answer) return reply.error(answer->error());
+    reply.result(**answer);
+}
+
 void Requests::answer(const std::string& line, Reply& reply) {
-    const auto request = Request::parse(line);
-    if (!request) return reply.error(request.error().message());
-    if (request->command == "events") return tellEvents(*request, reply);
-    if (request->command == "wait") return waitFor(*request, reply);
-    if (request->command == "stop") return stop(reply);
-    const Answer answer = performWithinLimit(*request);
-    if (!answer) return reply.error(answer.error().message());
-    reply.result(*answer);
+    const auto request = parseRequest(line);
+    if (!request) return reply.error(request.error());
+    std::visit([&](const auto& kind) { answer(kind, reply); }, *request);
 }
 
-Requests::Answer Requests::performWithinLimit(const Request& request) {
-    // By value: what is still running after the limit has the request and the device to itself.
-    const auto answer = withinLimit<Answer>(kLimit, [this, request] { return perform(request); });
-    if (answer) return *answer;
-    const std::string hung = mDevice.whoIsHung();
-    if (hung.empty()) {
-        return Error() << "no answer within " << kLimit.count()
-                       << " s, though nobody is hung; see camerasim log";
-    }
-    return Error() << "no answer within " << kLimit.count() << " s: " << hung
-                   << "; camerasim start lets it go on";
-}
-
-Requests::Answer Requests::perform(const Request& request) {
-    const std::string& command = request.command;
-    if (command == "state") return nlohmann::json(mDevice.state(true));
-    if (command == "tags") return tags(request);
-    if (command == "dump") return dump(request);
-    if (command == "props") return props();
-    if (command == "open") return open(request);
-    if (command == "close") return close(request);
-    if (command == "torch") return torch(request);
-    if (command == "kill") return kill(request);
-    if (command == "exit") return exit(request);
-    if (command == "hang") return hang(request);
-    if (command == "resume") return resume(request);
-    if (command == "start") return start(request);
-    return plug(request, command == "plug");
-}
-
-void Requests::tellEvents(const Request& request, Reply& reply) {
-    const bool follow = request.flag("follow");
-    int64_t next = std::max<int64_t>(1, request.members["from"].get<int64_t>());
-    const Timeline::Bell bell(mDevice.timeline());
+void Requests::answer(const EventsRequest& request, Reply& reply) {
+    int64_t next = std::max<int64_t>(1, request.from);
+    const Timeline::Bell bell(mHeadset.timeline());
     do {
-        for (const TimelineEvent& event : mDevice.timeline().events(next)) {
+        for (const TimelineEvent& event : mHeadset.timeline().events(next)) {
             if (!reply.event(event)) return;
             next = event.number + 1;
         }
-    } while (follow && awaitBell(bell, reply, std::nullopt));
-    if (!follow) reply.result({{"next", next}});
+    } while (request.follow && awaitBell(bell, reply, std::nullopt));
+    // Who asks for events that are still to come learns where the timeline stands.
+    next = std::min(next, mHeadset.timeline().next());
+    if (!request.follow) reply.result(EventsReply{next});
 }
 
-void Requests::waitFor(const Request& request, Reply& reply) {
-    const auto condition = Condition::parse(request.members["condition"]);
-    if (!condition) return reply.error(condition.error().message());
+void Requests::answer(const WaitRequest& request, Reply& reply) {
+    const auto condition = Condition::parse(request.condition);
+    if (!condition) return reply.error(condition.error());
     if (!condition->provider().empty()) {
-        const auto known = mDevice.files().checkKnown(condition->provider());
-        if (!known) return reply.error(known.error().message());
+        const auto known = mHeadset.files().checkKnown(condition->provider());
+        if (!known) return reply.error(badUse(known.error().message()));
     }
-    const double timeout = std::clamp(request.members["timeout"].get<double>(), 0.0, kLongestWait);
+    const double timeout = std::clamp(request.timeout, 0.0, kLongestWait);
     const auto start = Clock::now();
     const auto deadline = start + std::chrono::duration_cast<Clock::duration>(
                                           std::chrono::duration<double>(timeout));
-    const Timeline::Bell bell(mDevice.timeline());
+    const Timeline::Bell bell(mHeadset.timeline());
     for (;;) {
-        const bool met = condition->met(mDevice.facts());
+        const bool met = condition->met(mHeadset.facts());
         const auto now = Clock::now();
         if (met || now >= deadline) {
             const std::chrono::duration<double> waited = now - start;
-            return reply.result({{"met", met}, {"seconds", waited.count()}});
+            return reply.result(WaitReply{met, waited.count()});
         }
         // Rounded up, or the last millisecond would be spent in looking again and again.
         auto patience = std::chrono::ceil<std::chrono::milliseconds>(deadline - now);
@@ -124,11 +107,14 @@ void Requests::waitFor(const Request& request, Reply& reply) {
     }
 }
 
-void Requests::stop(Reply& reply) {
-    note(mDevice.files().description().name, "stop");
-    mDevice.endPrograms();
-    reply.result(nlohmann::json::object());
-    mDevice.letGo();
+void Requests::answer(const StopRequest& /*request*/, Reply& reply) {
+    note(mHeadset.files().description().name, "stop");
+    reply.result(StopReply{mHeadset.endPrograms()});
+    mHeadset.letGo();
+}
+
+Requests::Result<HeadsetState> Requests::perform(const StateRequest& /*request*/) {
+    return mHeadset.state(true);
 }
 
 }  // namespace orvo::simulator

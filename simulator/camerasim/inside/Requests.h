@@ -1,75 +1,75 @@
 // SPDX-License-Identifier: Apache-2.0
-// Requests: answers what other terminals ask of a device that is up.
+// Requests: answers what other terminals ask of a headset that is up.
 
 #pragma once
 
 #include <functional>
 #include <string>
+#include <vector>
 
 #include <android-base/result.h>
 
 #include "simulator/camerasim/inside/Headset.h"
 #include "simulator/control/ControlServer.h"
-#include "simulator/control/Request.h"
+#include "simulator/control/Protocol.h"
+#include "simulator/process/LimitedCalls.h"
 
 namespace orvo::simulator {
 
 /**
- * Any number of requests at once, each on its own thread. What calls into the device has ten
+ * Any number of requests at once, each on its own thread. What calls into the headset has ten
  * seconds; the call itself goes on after that, as calls of the platform do, until whoever is hung
- * goes on or ends.
+ * goes on or ends. So the headset's programs have to end before this does.
  */
 class Requests {
   public:
-    /** The device must outlive the process's last request. */
-    explicit Requests(Headset& device) : mDevice(device) {}
+    /** The headset must outlive this. */
+    explicit Requests(Headset& headset) : mHeadset(headset) {}
 
     /** Reads one request and answers it. */
     void answer(const std::string& line, Reply& reply);
 
   private:
-    using Answer = android::base::Result<nlohmann::json>;
+    template <typename T>
+    using Result = android::base::Result<T>;
 
-    /** Answers what needs no more than one answer. */
-    Answer perform(const Request& request);
-    Answer performWithinLimit(const Request& request);
+    /** Performs it, with the limit. */
+    template <typename Kind>
+    void answer(const Kind& request, Reply& reply);
+    // These wait, and answer in their own ways.
+    void answer(const EventsRequest& request, Reply& reply);
+    void answer(const WaitRequest& request, Reply& reply);
+    void answer(const StopRequest& request, Reply& reply);
 
-    void tellEvents(const Request& request, Reply& reply);
-    void waitFor(const Request& request, Reply& reply);
-    void stop(Reply& reply);
-
-    // Questions; the first two to one service or to all.
-    Answer tags(const Request& request);
-    Answer dump(const Request& request);
-    Answer askServices(const Request& request,
-                       const std::function<Answer(FrameworkClient& client)>& question);
-    Answer props() const;
+    // Questions; of one service or of all.
+    Result<HeadsetState> perform(const StateRequest& request);
+    Result<std::vector<PropertyState>> perform(const PropsRequest& request);
+    Result<std::vector<ServiceTags>> perform(const TagsRequest& request);
+    Result<std::vector<ServiceDump>> perform(const DumpRequest& request);
+    Result<std::vector<ServiceList>> perform(const ListRequest& request);
 
     // What the framework does.
-    Answer open(const Request& request);
-    Answer close(const Request& request);
-    Answer torch(const Request& request);
+    Result<OpenReply> perform(const OpenRequest& request);
+    Result<CloseReply> perform(const CloseRequest& request);
+    Result<TorchReply> perform(const TorchRequest& request);
 
     // What becomes of processes, and of what is plugged into them.
-    Answer kill(const Request& request);
-    Answer exit(const Request& request);
-    Answer hang(const Request& request);
-    Answer resume(const Request& request);
-    Answer start(const Request& request);
-    Answer plug(const Request& request, bool present);
-    Answer end(const std::string& who, int signal, const std::string& what);
+    Result<ProcessReply> perform(const KillRequest& request);
+    Result<ProcessReply> perform(const HangRequest& request);
+    Result<ProcessReply> perform(const StartRequest& request);
+    Result<PlugReply> perform(const PlugRequest& request);
 
     /** The client that may be asked for a camera; an error says which cameras there are. */
-    android::base::Result<Framework::Client> clientFor(const std::string& camera) const;
-    /** The full name of a device of a provider, which may be given by its id alone. */
-    android::base::Result<std::string> deviceOf(
-            const std::string& provider, const android::sp<ProviderConnections::Control>& control,
-            const std::string& word) const;
+    Result<Framework::Client> clientFor(const std::string& camera) const;
+    /** The program of a provider, or of the service, that runs. */
+    Result<std::string> runningProgram(const std::string& name) const;
+    ProcessReply processNow(const std::string& name, const std::string& what) const;
     void note(const std::string& who, const std::string& what) {
-        mDevice.timeline().add("command", who, what);
+        mHeadset.timeline().add("command", who, what);
     }
 
-    Headset& mDevice;
+    Headset& mHeadset;
+    LimitedCalls mCalls{16};
 };
 
 }  // namespace orvo::simulator

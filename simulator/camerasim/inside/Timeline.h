@@ -14,7 +14,7 @@
 #include <android-base/unique_fd.h>
 
 #include "host/Mutex.h"
-#include "simulator/control/HeadsetState.h"
+#include "simulator/control/Protocol.h"
 
 namespace orvo::simulator {
 

@@ -52,7 +52,7 @@ Result<Installation> Installation::ofThisProgram() {
     return found;
 }
 
-std::string Installation::defaultDevice() {
+std::string Installation::defaultHeadset() {
     std::error_code failure;
     const auto self = thisProgram(failure);
     const auto installed = (self.parent_path() / kInstalledDevice).lexically_normal();

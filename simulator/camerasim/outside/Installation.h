@@ -26,9 +26,10 @@ struct Installation {
      */
     static android::base::Result<Installation> ofThisProgram();
 
-    /** The device that is used when none is named: installed beside this program, or the source's.
+    /** The directory that is used when none is named: installed beside this program, or the
+     * source's.
      */
-    static std::string defaultDevice();
+    static std::string defaultHeadset();
 };
 
 }  // namespace orvo::simulator

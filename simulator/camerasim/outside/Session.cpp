@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Session: the outer half of a running device, which hears the terminal and cleans up.
+// Session: the outer half of a running headset, which hears the terminal and cleans up.
 
 #include "simulator/camerasim/outside/Session.h"
 
@@ -9,12 +9,15 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
+#include <iostream>
 #include <utility>
+#include <vector>
 
 #include <android-base/file.h>
-#include <android-base/unique_fd.h>
 
+#include "simulator/control/Complaint.h"
+#include "simulator/control/ControlServer.h"
+#include "simulator/description/HeadsetFiles.h"
 #include "simulator/process/CommandLine.h"
 
 namespace orvo::simulator {
@@ -26,14 +29,66 @@ using android::base::unique_fd;
 
 namespace {
 
-/** Starts the inner half; it holds the lifeline, and `stop` tells it to stop by ending. */
-Result<pid_t> startInside(const Sandbox& sandbox, const std::vector<std::string>& command,
-                          int lifeline, int stop) {
-    const CommandLine line(sandbox.commandLine(command));
+std::vector<std::string> commandFor(const std::string& program, const InsideOptions& options) {
+    std::vector<std::string> words = {program, "inside"};
+    if (options.restart) words.push_back("--restart");
+    if (options.quiet) words.push_back("--quiet");
+    for (const std::string& word : {options.root, std::to_string(options.stopFd),
+                                    std::to_string(options.socketFd), options.directory}) {
+        words.push_back(word);
+    }
+    return words;
+}
+
+}  // namespace
+
+Session::Session(AwaitedSignals signals, Janitor janitor, Stage stage, bool keep)
+    : mSignals(std::move(signals)),
+      mJanitor(std::move(janitor)),
+      mStage(std::move(stage)),
+      mKeep(keep) {}
+
+Result<Session> Session::start(const SessionOptions& options) {
+    const auto description = HeadsetDescription::read(options.directory);
+    if (!description) return unexpected(description.error());
+    // The inner half reads them again; here everything that is wrong is found before anything runs.
+    const auto files = HeadsetFiles::read(*description);
+    if (!files) return unexpected(files.error());
+    const auto installation = Installation::ofThisProgram();
+    if (!installation) return unexpected(installation.error());
+
+    // From here on a signal waits until awaitEnd() hears it, so that nothing is left half done.
+    auto signals = AwaitedSignals::block();
+    if (!signals) return unexpected(signals.error());
+    auto janitor = Janitor::start(options.keep);
+    if (!janitor) return unexpected(janitor.error());
+    Session session(std::move(*signals), std::move(*janitor), Stage(janitor->directory()),
+                    options.keep);
+    const auto filled = session.stage().fill(*description, *installation);
+    if (!filled) return unexpected(filled.error());
+    auto sandbox = Sandbox::prepare(session.stage());
+    if (!sandbox) return unexpected(sandbox.error());
+    const auto socket = ControlServer::listen(session.stage().root());
+    if (!socket) return unexpected(socket.error());
+    unique_fd stop;
+    if (!android::base::Pipe(&stop, &session.mStop)) return ErrnoError() << "cannot make a pipe";
+    const InsideOptions inside{description->directory, session.stage().root(), stop.get(),
+                               socket->get(),          options.restart,        options.quiet};
+    const auto started = session.startInside(
+            sandbox->commandLine(options.command.empty()
+                                         ? commandFor(installation->camerasim, inside)
+                                         : options.command),
+            stop.get(), socket->get());
+    if (!started) return unexpected(started.error());
+    return session;
+}
+
+Result<void> Session::startInside(const std::vector<std::string>& command, int stop, int socket) {
+    const CommandLine line(command);
     const pid_t parent = getpid();
-    const pid_t pid = fork();
-    if (pid < 0) return ErrnoError() << "cannot start another process";
-    if (pid > 0) return pid;
+    mInside = fork();
+    if (mInside < 0) return ErrnoError() << "cannot start another process";
+    if (mInside > 0) return {};
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != parent) _exit(127);
     // A terminal's signals are for the outer half, which passes them on in order.
@@ -41,65 +96,42 @@ Result<pid_t> startInside(const Sandbox& sandbox, const std::vector<std::string>
     sigset_t none;
     sigemptyset(&none);
     sigprocmask(SIG_SETMASK, &none, nullptr);
-    fcntl(lifeline, F_SETFD, 0);
-    fcntl(stop, F_SETFD, 0);
+    for (const int inherited : {mJanitor.lifeline(), stop, socket}) {
+        fcntl(inherited, F_SETFD, 0);
+    }
     line.execute();
     _exit(127);
 }
 
-/** Waits for the inner half; a signal asks it to stop, a second one ends it at once. */
-int awaitEnd(pid_t child, unique_fd stop, AwaitedSignals& signals) {
+int Session::awaitEnd() {
     int interrupted = 0;
     int requests = 0;
     for (;;) {
-        const int signal = signals.next();
+        const int signal = mSignals.next();
         if (signal != SIGCHLD) {
             // Of one hang-up the terminal, the shell and whoever else runs this may all tell.
-            if (signal != SIGHUP && ++requests > 1) kill(child, SIGKILL);
+            if (signal != SIGHUP && ++requests > 1) kill(mInside, SIGKILL);
             interrupted = signal;
-            stop.reset();
+            mStop.reset();
             continue;
         }
         int status = 0;
-        if (waitpid(child, &status, WNOHANG) != child) continue;
+        if (waitpid(mInside, &status, WNOHANG) != mInside) continue;
         if (interrupted != 0) return 128 + interrupted;
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 }
 
-}  // namespace
-
-Session::Session(AwaitedSignals signals, Janitor janitor, Stage stage, Sandbox sandbox)
-    : mSignals(std::move(signals)),
-      mJanitor(std::move(janitor)),
-      mStage(std::move(stage)),
-      mSandbox(std::move(sandbox)) {}
-
-Result<Session> Session::prepare(const HeadsetDescription& device, const Installation& installation,
-                                 bool keep) {
-    // From here on a signal waits until run() hears it, so that nothing is left half done.
-    auto signals = AwaitedSignals::block();
-    if (!signals) return unexpected(signals.error());
-    auto janitor = Janitor::start(keep);
-    if (!janitor) return unexpected(janitor.error());
-    Stage stage(janitor->directory());
-    const auto filled = stage.fill(device, installation);
-    if (!filled) return unexpected(filled.error());
-    auto sandbox = Sandbox::prepare(stage);
-    if (!sandbox) return unexpected(sandbox.error());
-    return Session(std::move(*signals), std::move(*janitor), std::move(stage), std::move(*sandbox));
+void Session::finish() {
+    mJanitor.finish();
+    if (mKeep) std::cout << "Kept: " << mStage.root() << std::endl;
 }
 
-Result<int> Session::run(const CommandMaker& command) {
-    unique_fd stopRead, stopWrite;
-    if (!android::base::Pipe(&stopRead, &stopWrite)) return ErrnoError() << "cannot make a pipe";
-    const auto child =
-            startInside(mSandbox, command(stopRead.get()), mJanitor.lifeline(), stopRead.get());
-    if (!child) return unexpected(child.error());
-    stopRead.reset();
-    const int status = awaitEnd(*child, std::move(stopWrite), mSignals);
-    mJanitor.finish();
-    return status;
+bool wasToldToStop(int status) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        if (status == 128 + signal) return true;
+    }
+    return status == kAsExpected;
 }
 
 }  // namespace orvo::simulator

@@ -5,15 +5,11 @@
 
 #include <android-base/strings.h>
 
+#include "simulator/camerasim/Looks.h"
+
 namespace orvo::simulator {
 
 namespace {
-
-constexpr char kBold[] = "\033[1m";
-constexpr char kDim[] = "\033[2m";
-constexpr char kGreen[] = "\033[32m";
-constexpr char kRed[] = "\033[1;31m";
-constexpr char kPlain[] = "\033[0m";
 
 /** What stands before the words "expected" and "seen" and the texts after them. */
 constexpr char kMargin[] = "     ";
@@ -25,21 +21,17 @@ std::string indented(const std::string& text) {
 
 }  // namespace
 
-std::string Narrator::painted(const char* colour, const std::string& text) const {
-    return mColour ? colour + text + kPlain : text;
-}
-
 void Narrator::title(const std::string& text) {
-    mOut << painted(kBold, text) << std::endl;
+    mOut << painted(text, Paint::BOLD, mColour) << std::endl;
 }
 
 void Narrator::step(const std::string& title, const std::string& explanation) {
     mSteps++;
     const std::string number = std::to_string(mSteps);
     mOut << "\n"
-         << std::string(number.size() < 2 ? 1 : 0, ' ') << number << "  " << painted(kBold, title)
-         << "\n"
-         << kMargin << painted(kDim, explanation) << std::endl;
+         << std::string(number.size() < 2 ? 1 : 0, ' ') << number << "  "
+         << painted(title, Paint::BOLD, mColour) << "\n"
+         << kMargin << painted(explanation, Paint::DIM, mColour) << std::endl;
 }
 
 void Narrator::detail(const std::string& text) {
@@ -47,19 +39,16 @@ void Narrator::detail(const std::string& text) {
 }
 
 bool Narrator::check(const std::string& expected, const std::string& seen, bool agrees) {
-    mOut << kMargin << (agrees ? painted(kGreen, "✓") : painted(kRed, "✗")) << " expected  "
-         << indented(expected) << "\n"
-         << kMargin << "  seen      " << (agrees ? indented(seen) : painted(kRed, indented(seen)))
-         << std::endl;
+    mOut << kMargin
+         << (agrees ? painted("✓", Paint::GREEN, mColour) : painted("✗", Paint::RED, mColour))
+         << " expected  " << indented(expected) << "\n"
+         << kMargin << "  seen      "
+         << (agrees ? indented(seen) : painted(indented(seen), Paint::RED, mColour)) << std::endl;
     return agrees;
 }
 
 void Narrator::closing(const std::string& text, bool good) {
-    mOut << "\n" << painted(good ? kGreen : kRed, text) << std::endl;
-}
-
-std::string listed(const std::vector<std::string>& words, const std::string& none) {
-    return words.empty() ? none : android::base::Join(words, ", ");
+    mOut << "\n" << painted(text, good ? Paint::GREEN : Paint::RED, mColour) << std::endl;
 }
 
 }  // namespace orvo::simulator

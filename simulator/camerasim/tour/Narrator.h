@@ -5,7 +5,6 @@
 
 #include <ostream>
 #include <string>
-#include <vector>
 
 namespace orvo::simulator {
 
@@ -30,14 +29,9 @@ class Narrator {
     int steps() const { return mSteps; }
 
   private:
-    std::string painted(const char* colour, const std::string& text) const;
-
     std::ostream& mOut;
     const bool mColour;
     int mSteps = 0;
 };
-
-/** "a, b, c", or `none` if there are none. */
-std::string listed(const std::vector<std::string>& words, const std::string& none = "nothing");
 
 }  // namespace orvo::simulator

@@ -1,377 +1,378 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tour: what happens at each step.
+// Tour: what to do at each step, what to expect, and how to say it.
 
 #include "simulator/camerasim/tour/Tour.h"
 
-#include <signal.h>
-
 #include <chrono>
 #include <cstdio>
-#include <thread>
 #include <utility>
-#include <vector>
 
 #include <android-base/strings.h>
-#include <cutils/properties.h>
+
+#include "simulator/camerasim/Looks.h"
+#include "simulator/description/MetadataBuffer.h"
 
 namespace orvo::simulator {
 
-using Device = StatusEvent::Device;
-using Torch = StatusEvent::Torch;
-
 namespace {
-
-/** Far longer than any notification takes on a busy machine. */
-constexpr std::chrono::seconds kPatience{10};
 
 std::string quoted(const std::string& text) {
     return "\"" + text + "\"";
-}
-
-template <typename T>
-std::string statusText(const Answer<T>& answer) {
-    return answer.arrived() ? toString(answer.status) : "no answer: " + answer.failure;
 }
 
 std::string linesOf(const std::vector<std::string>& lines) {
     return lines.empty() ? "nothing" : android::base::Join(lines, "\n");
 }
 
-std::string propertyText(const std::string& name) {
-    char value[PROPERTY_VALUE_MAX];
-    property_get(name.c_str(), value, "");
-    return value;
+std::string hexadecimal(uint32_t number) {
+    char text[16];
+    snprintf(text, sizeof(text), " 0x%08x", number);
+    return text;
 }
 
 /** One line for a section and its tags. */
-std::string sectionText(const FrameworkClient::VendorTagSection& section) {
-    std::string text = section.sectionName;
-    if (section.tags.size() == 0) return "[" + text + "]";
-    for (size_t i = 0; i < section.tags.size(); i++) {
-        char id[16];
-        snprintf(id, sizeof(id), " 0x%08x ", section.tags[i].tagId);
-        text += (i == 0 ? ":" : ",") + std::string(id) + std::string(section.tags[i].tagName) +
-                " " + toString(section.tags[i].tagType);
+std::string sectionText(const TagSection& section) {
+    if (section.tags.empty()) return "[" + section.name + "]";
+    std::vector<std::string> tags;
+    for (const VendorTag& tag : section.tags) {
+        tags.push_back(hexadecimal(tag.id) + " " + tag.name + " " + tag.type);
     }
-    return "  " + text;
+    return "  " + section.name + ":" + android::base::Join(tags, ",");
+}
+
+/** The same of a description. */
+std::string sectionText(const android::hardware::camera::common::V1_0::VendorTagSection& section) {
+    TagSection same{section.sectionName, {}};
+    for (const auto& tag : section.tags) {
+        same.tags.push_back({tag.tagId, tag.tagName, toString(tag.tagType)});
+    }
+    return sectionText(same);
 }
 
 /** What a camera tells of itself, in the words in which its description is compared with it. */
-std::string factsText(uint32_t cost, const std::vector<std::string>& conflicts,
-                      const std::vector<MetadataEntry>& entries, size_t bytes) {
-    std::string text = "resource cost " + std::to_string(cost) + ", conflicts with " +
-                       listed(conflicts) + "\n" + std::to_string(bytes) +
-                       " bytes of characteristics:";
-    for (const MetadataEntry& entry : entries) {
-        char tag[16];
-        snprintf(tag, sizeof(tag), " 0x%08x", entry.tag);
-        text += (entry.tag == entries[0].tag ? "" : ",") + std::string(tag) + " = " +
-                entry.toText();
+std::string factsText(const OpenReply& facts) {
+    std::vector<std::string> entries;
+    for (const Characteristic& entry : facts.characteristics) {
+        entries.push_back(hexadecimal(entry.tag) + " = " + entry.value);
     }
-    return text;
+    return "resource cost " + std::to_string(facts.resourceCost) + ", conflicts with " +
+           listed(facts.conflictingDevices) + "\n" + std::to_string(facts.characteristicsBytes) +
+           " bytes of characteristics:" + android::base::Join(entries, ",");
+}
+
+OpenReply described(const CameraDescription& camera) {
+    OpenReply facts{};
+    facts.resourceCost = camera.resourceCost;
+    facts.conflictingDevices = camera.conflicts;
+    facts.characteristicsBytes = static_cast<int64_t>(camera.characteristics.size());
+    const auto entries =
+            unpackMetadata(camera.characteristics.data(), camera.characteristics.size());
+    for (const MetadataEntry& entry : *entries) {
+        facts.characteristics.push_back({entry.tag, toString(entry.type), entry.toText()});
+    }
+    return facts;
 }
 
 }  // namespace
 
-Tour::Tour(TourPlan plan, Programs& device, Narrator& narrator, std::chrono::seconds pause)
-    : mPlan(std::move(plan)), mDevice(device), mNarrator(narrator), mPause(pause) {}
+Tour::Tour(TourPlan plan, const std::string& root, Narrator& narrator,
+           std::chrono::milliseconds pause)
+    : mPlan(std::move(plan)), mNarrator(narrator), mWitness(root, narrator), mPause(pause) {}
+
+std::vector<Tour::Step> Tour::steps() {
+    const std::string noFront =
+            mPlan.aggregator.empty() ? "nothing that the service serves has a map entry" : "";
+    const std::string noCamera =
+            mPlan.opened ? "" : "no camera of version 3 is present and reported from the start";
+    const std::string noFlash = mPlan.hasTorch() ? "" : "no camera that is reported has a flash";
+    const std::string noPlug =
+            mPlan.plugged ? "" : "no external camera is described with 'present: false'";
+    const std::string noMr = mPlan.mrProvider ? "" : "the service does not serve default/0";
+    const TourCamera opened = mPlan.opened.value_or(TourCamera());
+    const TourCamera plugged = mPlan.plugged.value_or(TourCamera());
+    const std::string first = mPlan.behind.empty() ? "" : mPlan.behind[0].instance;
+    return {
+            {"Boot",
+             "The service manager, " + std::to_string(mPlan.processes.size()) +
+                     " provider processes, and the service that loads the library.",
+             "", [this] { return boot(); }},
+            {"The framework registers with " + mPlan.aggregator,
+             "Each provider process reports its cameras; the library renames them.", noFront,
+             [this] { return hearOfCameras(); }},
+            {"The camera list",
+             "One list for all providers, in their own words: names are translated in notifications"
+             " only.",
+             noFront, [this] { return listCameras(); }},
+            {"Torch support", "The first provider answers for all: " + first + ".", noFront,
+             [this] { return askForTorch(); }},
+            {"Vendor tags",
+             "Every provider's sections, behind an empty section of the provider's name.", noFront,
+             [this] { return readVendorTags(); }},
+            {"A camera's device interface",
+             opened.frameworkName + " is " + opened.described.name + " of " + opened.provider +
+                     "; the library finds the way back.",
+             noCamera, [this] { return readCamera(); }},
+            {"The camera is opened and closed",
+             "While a camera is open its flash belongs to the session.", noCamera,
+             [this] { return openCamera(); }},
+            {"A camera is plugged in",
+             plugged.described.name + " of " + plugged.provider +
+                     " comes; its id is entered in a property.",
+             noPlug, [this] { return plugIn(); }},
+            {"It is pulled out again", "The framework is told, and the id leaves the property.",
+             noPlug, [this] { return pullOut(); }},
+            {"The torch of " + opened.frameworkName,
+             "Switched through the library; the provider process reports each change.", noFlash,
+             [this] { return switchTorch(); }},
+            {"The MR provider default/0",
+             "Another library inside the service; its own provider answers, untranslated.", noMr,
+             [this] { return askMrProvider(); }},
+            {"The process of " + opened.provider + " is killed",
+             "Its cameras are withdrawn, its ids leave the property; the others stay.", noCamera,
+             [this] { return loseProvider(); }},
+            {"It is started again",
+             "The library tries every half second; the cameras return when it reports them.",
+             noCamera, [this] { return regainProvider(); }},
+            {"Shutdown", "Every program is told to end, the last one started first.", "",
+             [this] { return shutDown(); }},
+    };
+}
 
 bool Tour::run() {
-    const std::vector<bool (Tour::*)()> steps = {
-            &Tour::boot,           &Tour::hearOfCameras, &Tour::listCameras,   &Tour::askForTorch,
-            &Tour::readVendorTags, &Tour::readCamera,    &Tour::openCamera,    &Tour::plugIn,
-            &Tour::pullOut,        &Tour::switchTorch,   &Tour::askMrProvider, &Tour::loseProvider,
-            &Tour::regainProvider, &Tour::shutDown};
-    for (const auto step : steps) {
-        if ((this->*step)()) {
-            std::this_thread::sleep_for(mPause);
+    mNarrator.title("A guided tour of the simulated device \"" + mPlan.name + "\"");
+    const auto start = std::chrono::steady_clock::now();
+    const std::vector<Step> all = steps();
+    const std::string total = std::to_string(all.size());
+    for (const Step& step : all) {
+        if (!step.whyNot.empty()) {
+            mNarrator.step(step.title, "Left out: " + step.whyNot + ".");
             continue;
         }
-        const int left = static_cast<int>(steps.size()) - mNarrator.steps();
-        mNarrator.closing("Step " + std::to_string(mNarrator.steps()) + " of " +
-                                  std::to_string(steps.size()) + " was not as expected" +
-                                  (left > 0 ? "; the steps after it were not tried." : "."),
+        mNarrator.step(step.title, step.explanation);
+        if (step.walk()) {
+            if (mPause.count() > 0) mWitness.rest(mPause);
+            continue;
+        }
+        const std::string number = std::to_string(mNarrator.steps());
+        mNarrator.closing("Step " + number + " of " + total + " was not as expected" +
+                                  (number == total ? "." : "; the steps after it were not tried."),
                           false);
         return false;
     }
+    char seconds[32];
+    const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+    snprintf(seconds, sizeof(seconds), "%.1f s", took.count());
+    mNarrator.closing("All " + total + " steps were as expected, in " + seconds + ".", true);
     return true;
 }
 
-bool Tour::hear(const std::string& name, std::variant<Device, Torch> status, size_t mark) {
-    const auto wanted = [&](const StatusEvent& event) { return event.is(name, status); };
-    const bool heard = mFramework->log().waitFor(wanted, kPatience, mark).has_value();
-    std::vector<std::string> others;
-    if (!heard) {
-        for (const StatusEvent& event : mFramework->log().events(mark)) {
-            others.push_back(event.toText());
+bool Tour::boot() {
+    const std::string expected = "every program ready; " + listed(mPlan.served) + " served";
+    // An answer comes when it has booted, or has ended.
+    const auto state = mWitness.ask(StateRequest(), kForEver);
+    if (!state) return false;
+    std::vector<std::string> missing;
+    for (const ProviderState& provider : state->providers) {
+        if (provider.inProcess && !provider.running) {
+            missing.push_back(provider.instance + " is not served: " + provider.problem);
+        } else if (provider.described && !provider.running) {
+            missing.push_back(provider.instance + " does not run: " + provider.problem);
+        } else if (provider.described) {
+            mNarrator.detail("  " + provider.instance + ", process " +
+                             std::to_string(provider.pid));
         }
     }
-    const std::string text = StatusEvent{name, status}.toText();
-    return mNarrator.check("the framework hears " + text,
-                           heard ? text : "it heard " + listed(others), heard);
-}
-
-bool Tour::boot() {
-    mNarrator.step("Boot", "The service manager, " + std::to_string(mPlan.behind.size()) +
-                                   " provider processes, and the service that loads the library.");
-    const auto booted = mDevice.boot();
-    const std::string expected =
-            "every program ready; " + listed(mDevice.description().serviceInstances) + " served";
-    if (!booted) return mNarrator.check(expected, booted.error().message(), false);
-    for (const std::string& program : mDevice.programs()) {
-        const auto pid = mDevice.supervisor().pidOf(program);
-        mNarrator.detail("  " + program + (pid ? ", process " + std::to_string(*pid) : ""));
-    }
-    return mNarrator.check(expected, "every program ready; each instance found", true);
+    mNarrator.detail("  camera_provider_service, process " + std::to_string(state->service.pid));
+    return mWitness.check(
+            expected,
+            missing.empty() ? "every program ready; each instance found" : linesOf(missing),
+            missing.empty());
 }
 
 bool Tour::hearOfCameras() {
-    mNarrator.step("The framework registers with " + mPlan.aggregator,
-                   "Each provider process reports its cameras; the library renames them.");
-    auto client = FrameworkClient::connect(mPlan.aggregator);
-    if (!client) {
-        return mNarrator.check("a service " + mPlan.aggregator, client.error().message(), false);
-    }
-    mFramework = std::move(*client);
-    const auto registered = mFramework->registerCallback();
-    bool good = mNarrator.check("setCallback answers OK", statusText(registered), registered.ok());
+    const auto told = mWitness.await(
+            [this](const TimelineEvent& event) {
+                return event.kind == "service" && event.who == mPlan.aggregator;
+            },
+            1);
+    const bool taken = told && told->what == "serves the framework";
+    bool good = mWitness.check("setCallback answers OK",
+                               taken  ? "OK"
+                               : told ? told->what
+                                      : "no answer",
+                               taken);
     for (const TourCamera& camera : mPlan.announced) {
         mNarrator.detail("  " + camera.described.name + " of " + camera.provider);
-        good = good && hear(camera.frameworkName, Device::PRESENT, 0);
+        good = good && mWitness.hear(camera.frameworkName, "PRESENT", 1);
     }
     return good;
 }
 
-bool Tour::listCameras() {
-    mNarrator.step("The camera list",
-                   "One list for all providers, in their own words: names are"
-                   " translated in notifications only.");
+bool Tour::checkList(const std::string& service,
+                     const std::vector<ProviderDescription>& described) {
     std::vector<std::string> expected;
-    for (const ProviderDescription& provider : mPlan.behind) {
+    for (const ProviderDescription& provider : described) {
         for (const CameraDescription& camera : provider.cameras) {
             if (camera.builtIn()) expected.push_back(camera.name);
         }
     }
-    const auto names = mFramework->cameraIdList();
-    return mNarrator.check("OK\n" + linesOf(expected),
-                           statusText(names) + "\n" + linesOf(names.value),
-                           names.ok() && names.value == expected);
+    const auto lists = mWitness.ask(ListRequest{service});
+    return lists && mWitness.check("", "OK\n" + linesOf(expected),
+                                   lists->at(0).status + "\n" + linesOf(lists->at(0).names));
+}
+
+bool Tour::listCameras() {
+    return checkList(mPlan.aggregator, mPlan.behind);
 }
 
 bool Tour::askForTorch() {
-    const ProviderDescription& first = mPlan.behind.front();
-    mNarrator.step("Torch support", "The first provider answers for all: " + first.instance + ".");
-    const auto torch = mFramework->isTorchSupported();
+    const auto lists = mWitness.ask(ListRequest{mPlan.aggregator});
     const auto words = [](bool supported) { return supported ? "supported" : "not supported"; };
-    return mNarrator.check(std::string("OK, ") + words(first.torchSupported),
-                           statusText(torch) + ", " + words(torch.value),
-                           torch.ok() && torch.value == first.torchSupported);
+    const bool expected = !mPlan.behind.empty() && mPlan.behind[0].torchSupported;
+    return lists &&
+           mWitness.check("", std::string("OK, ") + words(expected),
+                          lists->at(0).torchStatus + ", " + words(lists->at(0).torchSupported));
 }
 
 bool Tour::readVendorTags() {
-    mNarrator.step("Vendor tags",
-                   "Every provider's sections, behind an empty section of the provider's name.");
     std::vector<std::string> expected, seen;
     for (const ProviderDescription& provider : mPlan.behind) {
         expected.push_back("[" + provider.instance + "]");
         for (const auto& section : provider.vendorTags) expected.push_back(sectionText(section));
     }
-    const auto tags = mFramework->vendorTags();
-    for (const auto& section : tags.value) seen.push_back(sectionText(section));
-    return mNarrator.check("OK\n" + linesOf(expected), statusText(tags) + "\n" + linesOf(seen),
-                           tags.ok() && seen == expected);
+    const auto tags = mWitness.ask(TagsRequest{mPlan.aggregator});
+    if (!tags) return false;
+    for (const TagSection& section : tags->at(0).sections) seen.push_back(sectionText(section));
+    return mWitness.check("", "OK\n" + linesOf(expected),
+                          tags->at(0).status + "\n" + linesOf(seen));
 }
 
 bool Tour::readCamera() {
-    const TourCamera& camera = mPlan.lit;
-    mNarrator.step("A camera's device interface",
-                   camera.frameworkName + " is " + camera.described.name + " of " +
-                           camera.provider + "; the library finds the way back.");
-    const auto& described = camera.described;
-    const auto entries =
-            unpackMetadata(described.characteristics.data(), described.characteristics.size());
-    const std::string expected = factsText(described.resourceCost, described.conflicts, *entries,
-                                           described.characteristics.size());
-    const auto facts = mFramework->readCamera(camera.frameworkName);
-    const std::string seen =
-            facts.ok() ? factsText(facts.value.resourceCost, facts.value.conflictingDevices,
-                                   facts.value.characteristics, facts.value.characteristicsBytes)
-                       : statusText(facts);
-    return mNarrator.check(expected, seen, facts.ok() && seen == expected);
+    const auto facts = mWitness.ask(OpenRequest{mPlan.opened->frameworkName});
+    return facts &&
+           mWitness.check("", factsText(described(mPlan.opened->described)), factsText(*facts));
 }
 
 bool Tour::openCamera() {
-    const TourCamera& camera = mPlan.lit;
-    mNarrator.step("The camera is opened and closed",
-                   "While a camera is open its flash belongs to the session.");
-    const size_t mark = mFramework->log().size();
-    const auto session = mFramework->openSession(camera.frameworkName);
-    bool good =
-            mNarrator.check("open answers OK with a session", statusText(session), session.ok());
-    good = good && hear(camera.frameworkName, Torch::NOT_AVAILABLE, mark);
-    if (!session.ok()) return false;
-    const bool closed = session.value->close().isOk();
-    good = mNarrator.check("close gets through", closed ? "it did" : "it did not", closed) && good;
-    return good && hear(camera.frameworkName, Torch::AVAILABLE_OFF, mark);
+    const std::string& camera = mPlan.opened->frameworkName;
+    const bool lit = mPlan.hasTorch();
+    int64_t from = mWitness.now();
+    const auto opened = mWitness.ask(OpenRequest{camera, true});
+    if (!opened ||
+        !mWitness.check("open answers OK with a session", opened->status, opened->opened)) {
+        return false;
+    }
+    if (lit && !mWitness.hear(camera, "NOT_AVAILABLE", from, "torch")) return false;
+    from = mWitness.now();
+    if (!mWitness.ask(CloseRequest{camera})) return false;
+    return mWitness.check("close gets through", "it did", true) &&
+           (!lit || mWitness.hear(camera, "AVAILABLE_OFF", from, "torch"));
 }
 
-std::string Tour::expectedIds(const TourCamera& camera, bool withPlugged) const {
+bool Tour::checkIds(const TourCamera& camera, bool withPlugged, const std::string& when) {
     std::vector<std::string> ids;
     for (const TourCamera& other : mPlan.announced) {
         if (other.idProperty == camera.idProperty) ids.push_back(other.id);
     }
-    if (withPlugged) ids.push_back(mPlan.plugged.id);
-    return android::base::Join(ids, ", ");
-}
-
-bool Tour::checkIds(const TourCamera& camera, bool withPlugged, const std::string& when) {
-    const std::string expected = expectedIds(camera, withPlugged);
-    const std::string seen = propertyText(camera.idProperty);
-    return mNarrator.check(when + " " + camera.idProperty + " is " + quoted(expected), quoted(seen),
-                           seen == expected);
-}
-
-bool Tour::setDeviceStatus(const TourCamera& camera, Device status) {
-    const auto control = mDevice.control(camera.provider);
-    std::string refusal = "the provider process has no control";
-    if (control != nullptr) {
-        const auto result =
-                control->setDeviceStatus(camera.described.name, status,
-                                         [&](auto, const auto& message) { refusal = message; });
-        if (!result.isOk()) refusal = result.description();
-    }
-    if (refusal.empty()) return true;
-    return mNarrator.check(camera.provider + " takes the request", refusal, false);
+    if (withPlugged) ids.push_back(mPlan.plugged->id);
+    return mWitness.check(when + " " + camera.idProperty + " is ",
+                          quoted(android::base::Join(ids, ", ")),
+                          quoted(mWitness.property(camera.idProperty)));
 }
 
 bool Tour::plugIn() {
-    const TourCamera& camera = mPlan.plugged;
-    mNarrator.step("A camera is plugged in", camera.described.name + " of " + camera.provider +
-                                                     " comes; its id is entered in a property.");
-    bool good = checkIds(camera, false, "before,");
-    const size_t mark = mFramework->log().size();
-    good = good && setDeviceStatus(camera, Device::PRESENT) &&
-           hear(camera.frameworkName, Device::PRESENT, mark) && checkIds(camera, true, "after,");
-    if (!good) return false;
-    const auto facts = mFramework->readCamera(camera.frameworkName);
-    return mNarrator.check(
-            "it answers: resource cost " + std::to_string(camera.described.resourceCost),
-            facts.ok() ? "resource cost " + std::to_string(facts.value.resourceCost)
-                       : statusText(facts),
-            facts.ok() && facts.value.resourceCost == camera.described.resourceCost);
+    const TourCamera& camera = *mPlan.plugged;
+    if (!checkIds(camera, false, "before,")) return false;
+    const int64_t from = mWitness.now();
+    if (!mWitness.ask(PlugRequest{camera.provider, camera.described.name, true}) ||
+        !mWitness.hear(camera.frameworkName, "PRESENT", from) ||
+        !checkIds(camera, true, "after,")) {
+        return false;
+    }
+    const auto facts = mWitness.ask(OpenRequest{camera.frameworkName});
+    return facts && mWitness.check("it answers: ",
+                                   "resource cost " + std::to_string(camera.described.resourceCost),
+                                   "resource cost " + std::to_string(facts->resourceCost));
 }
 
 bool Tour::pullOut() {
-    const TourCamera& camera = mPlan.plugged;
-    mNarrator.step("It is pulled out again",
-                   "The framework is told, and the id leaves the property.");
-    const size_t mark = mFramework->log().size();
-    return setDeviceStatus(camera, Device::NOT_PRESENT) &&
-           hear(camera.frameworkName, Device::NOT_PRESENT, mark) &&
+    const TourCamera& camera = *mPlan.plugged;
+    const int64_t from = mWitness.now();
+    return mWitness.ask(PlugRequest{camera.provider, camera.described.name, false}) &&
+           mWitness.hear(camera.frameworkName, "NOT_PRESENT", from) &&
            checkIds(camera, false, "after,");
 }
 
 bool Tour::switchTorch() {
-    const TourCamera& camera = mPlan.lit;
-    mNarrator.step("The torch of " + camera.frameworkName,
-                   "Switched through the library; the provider process reports each change.");
+    const std::string& camera = mPlan.opened->frameworkName;
     for (const bool on : {true, false}) {
-        const size_t mark = mFramework->log().size();
-        const auto answer = mFramework->setTorchMode(camera.frameworkName, on);
-        const std::string request = std::string("setTorchMode(") + (on ? "ON" : "OFF") + ")";
-        if (!mNarrator.check(request + " answers OK", statusText(answer), answer.ok())) {
+        const int64_t from = mWitness.now();
+        const auto reply = mWitness.ask(TorchRequest{camera, on});
+        const std::string request =
+                std::string("setTorchMode(") + (on ? "ON" : "OFF") + ") answers ";
+        if (!reply || !mWitness.check(request, "OK", reply->status) ||
+            !mWitness.hear(camera, on ? "AVAILABLE_ON" : "AVAILABLE_OFF", from, "torch")) {
             return false;
         }
-        const Torch status = on ? Torch::AVAILABLE_ON : Torch::AVAILABLE_OFF;
-        if (!hear(camera.frameworkName, status, mark)) return false;
     }
     return true;
 }
 
 bool Tour::askMrProvider() {
-    const ProviderDescription& described = mPlan.mrProvider;
-    mNarrator.step("The MR provider " + described.instance,
-                   "Another library inside the service; its own provider answers, untranslated.");
-    auto client = FrameworkClient::connect(described.instance);
-    if (!client) {
-        return mNarrator.check("a service " + described.instance, client.error().message(), false);
-    }
-    std::vector<std::string> expected;
-    for (const CameraDescription& camera : described.cameras) {
-        if (camera.builtIn()) expected.push_back(camera.name);
-    }
-    const auto names = (*client)->cameraIdList();
-    return mNarrator.check("OK\n" + linesOf(expected),
-                           statusText(names) + "\n" + linesOf(names.value),
-                           names.ok() && names.value == expected);
+    return checkList(mPlan.mrProvider->instance, {*mPlan.mrProvider});
 }
 
-bool Tour::hearOfLostProvider(Device status, size_t mark) {
-    bool good = true;
+bool Tour::hearOfLostProvider(const std::string& status, int64_t from, const std::string& since) {
     for (const TourCamera& camera : mPlan.announced) {
-        if (camera.provider == mPlan.lit.provider) {
-            good = good && hear(camera.frameworkName, status, mark);
-        }
+        if (camera.provider != mPlan.opened->provider) continue;
+        if (!mWitness.hear(camera.frameworkName, status, from)) return false;
     }
-    return good;
-}
-
-void Tour::tellTime(const std::string& what) {
     char text[64];
-    const std::chrono::duration<double, std::milli> took =
-            std::chrono::steady_clock::now() - mKilledAt;
-    snprintf(text, sizeof(text), "  %s %.0f ms after the kill", what.c_str(), took.count());
+    snprintf(text, sizeof(text), "  %s %.0f ms after the kill", since.c_str(),
+             (mWitness.lastHeard() - mKilledAt) * 1000);
     mNarrator.detail(text);
+    return true;
 }
 
 bool Tour::loseProvider() {
-    const std::string& instance = mPlan.lit.provider;
-    mNarrator.step("The process of " + instance + " is killed",
-                   "Its cameras are withdrawn, its ids leave the property; the others stay.");
-    const size_t mark = mFramework->log().size();
-    mKilledAt = std::chrono::steady_clock::now();
-    const std::string program = Programs::programOf(instance);
-    const bool killed = mDevice.supervisor().signal(program, SIGKILL) &&
-                        mDevice.supervisor().awaitEnd(program, kPatience);
-    if (!mNarrator.check(program + " ends",
-                         killed ? mDevice.supervisor().endOf(program) : "it did not", killed) ||
-        !hearOfLostProvider(Device::NOT_PRESENT, mark)) {
+    const TourCamera& lost = *mPlan.opened;
+    const int64_t from = mWitness.now();
+    const auto killed = mWitness.ask(KillRequest{lost.provider});
+    if (!killed || !mWitness.check(lost.provider + " ends", killed->what, killed->ended)) {
         return false;
     }
-    tellTime("withdrawn");
-    const std::string ids = propertyText(mPlan.lit.idProperty);
-    bool good = mNarrator.check(mPlan.lit.idProperty + " is \"\"", quoted(ids), ids.empty());
-    for (const TourCamera& camera : mPlan.announced) {
-        if (camera.provider == instance) continue;
-        return checkIds(camera, false, "still,") && good;
+    const auto asked = mWitness.await(
+            [](const TimelineEvent& event) { return event.kind == "command"; }, from);
+    if (asked) mKilledAt = asked->seconds;
+    if (!hearOfLostProvider("NOT_PRESENT", from, "withdrawn") ||
+        !mWitness.check(lost.idProperty + " is ", quoted(""),
+                        quoted(mWitness.property(lost.idProperty)))) {
+        return false;
     }
-    return good;
+    for (const TourCamera& camera : mPlan.announced) {
+        if (camera.idProperty != lost.idProperty) return checkIds(camera, false, "still,");
+    }
+    return true;
 }
 
 bool Tour::regainProvider() {
-    const TourCamera& camera = mPlan.lit;
-    mNarrator.step("It is started again",
-                   "The library tries every half second; the cameras return when it reports them.");
-    const size_t mark = mFramework->log().size();
-    const auto started = mDevice.startProvider(camera.provider);
-    if (!mNarrator.check("the process is ready", started ? "it is" : started.error().message(),
-                         started.ok()) ||
-        !hearOfLostProvider(Device::PRESENT, mark)) {
+    const TourCamera& camera = *mPlan.opened;
+    const int64_t from = mWitness.now();
+    if (!mWitness.ask(StartRequest{camera.provider}) ||
+        !mWitness.check("the process is ready", "it is", true) ||
+        !hearOfLostProvider("PRESENT", from, "back") || !checkIds(camera, false, "again,")) {
         return false;
     }
-    tellTime("back");
-    if (!checkIds(camera, false, "again,")) return false;
-    const auto facts = mFramework->readCamera(camera.frameworkName);
-    return mNarrator.check(camera.frameworkName + " answers OK", statusText(facts), facts.ok());
+    const auto facts = mWitness.ask(OpenRequest{camera.frameworkName});
+    return facts && mWitness.check(camera.frameworkName + " answers ", "OK", facts->status);
 }
 
 bool Tour::shutDown() {
-    mNarrator.step("Shutdown", "Every program is told to end, the last one started first.");
-    mFramework.reset();
-    const std::vector<std::string> complaints = mDevice.shutDown();
-    return mNarrator.check("every program ends with status 0",
-                           complaints.empty() ? "they did" : linesOf(complaints),
-                           complaints.empty());
+    const auto stopped = mWitness.ask(StopRequest());
+    return stopped &&
+           mWitness.check("every program ends with status 0",
+                          stopped->complaints.empty() ? "they did" : linesOf(stopped->complaints),
+                          stopped->complaints.empty());
 }
 
 }  // namespace orvo::simulator

@@ -1,36 +1,45 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tour: walks a person through a device that boots, serves its cameras and notices changes.
+// Tour: walks a person through a headset that boots, serves its cameras and notices changes.
 
 #pragma once
 
 #include <chrono>
-#include <memory>
+#include <functional>
 #include <string>
-#include <variant>
+#include <vector>
 
-#include "simulator/camerasim/inside/Programs.h"
 #include "simulator/camerasim/tour/Narrator.h"
 #include "simulator/camerasim/tour/TourPlan.h"
-#include "simulator/framework/FrameworkClient.h"
+#include "simulator/camerasim/tour/Witness.h"
 
 namespace orvo::simulator {
 
 /**
- * The framework's side of a device, step by step. Every expectation comes from the device's files;
- * every observation comes through the provider library's service. One thread.
+ * A client of a headset, as any other terminal is one. Every expectation comes from the headset's
+ * files; every observation comes through the provider library's service. One thread.
  */
 class Tour {
   public:
-    /** @param pause waited after each step. */
-    Tour(TourPlan plan, Programs& device, Narrator& narrator, std::chrono::seconds pause);
+    /**
+     * @param root the headset's temporary directory; it may still be booting.
+     * @param pause waited after each step.
+     */
+    Tour(TourPlan plan, const std::string& root, Narrator& narrator,
+         std::chrono::milliseconds pause);
 
     /** Ends at the first step that is not as expected. @return true if every step was. */
     bool run();
 
   private:
-    using Status = FrameworkClient::Status;
+    struct Step {
+        std::string title;
+        std::string explanation;
+        std::string whyNot;  ///< why there is nothing to walk through; "" if there is
+        std::function<bool()> walk;
+    };
+    std::vector<Step> steps();
 
-    // The steps, in order. Each prints itself and returns whether it was as expected.
+    // The steps, in order. Each returns whether all was as expected.
     bool boot();
     bool hearOfCameras();
     bool listCameras();
@@ -46,24 +55,18 @@ class Tour {
     bool regainProvider();
     bool shutDown();
 
-    /** Waits for a status under a framework name, among those heard from the mark on. */
-    bool hear(const std::string& name, std::variant<StatusEvent::Device, StatusEvent::Torch> status,
-              size_t mark);
-    /** Tells a provider process to plug a camera; prints what it answers if it refuses. */
-    bool setDeviceStatus(const TourCamera& camera, StatusEvent::Device status);
-    /** The ids of a camera's provider as they should stand in its property. */
-    std::string expectedIds(const TourCamera& camera, bool withPlugged) const;
+    /** Checks the list that a service answers with. */
+    bool checkList(const std::string& service, const std::vector<ProviderDescription>& described);
+    /** Checks the property of a camera's provider. */
     bool checkIds(const TourCamera& camera, bool withPlugged, const std::string& when);
-    /** Waits until each announced camera of the provider that dies has that status. */
-    bool hearOfLostProvider(StatusEvent::Device status, size_t mark);
-    void tellTime(const std::string& what);
+    /** Checks that the provider that dies has this to tell of all of its cameras. */
+    bool hearOfLostProvider(const std::string& status, int64_t from, const std::string& since);
 
     const TourPlan mPlan;
-    Programs& mDevice;
     Narrator& mNarrator;
-    const std::chrono::seconds mPause;
-    std::unique_ptr<FrameworkClient> mFramework;      ///< set by hearOfCameras
-    std::chrono::steady_clock::time_point mKilledAt;  ///< set by loseProvider
+    Witness mWitness;
+    const std::chrono::milliseconds mPause;
+    double mKilledAt = 0;  ///< seconds since the boot
 };
 
 }  // namespace orvo::simulator

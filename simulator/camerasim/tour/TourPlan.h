@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// TourPlan: which cameras a guided tour of a device shows, and what must be seen of them.
+// TourPlan: which cameras a guided tour of a headset shows, and what must be seen of them.
 
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,22 +23,27 @@ struct TourCamera {
     std::string idProperty;     ///< such as "camera.external.ids"
 };
 
-/** All that the tour expects, from the device's files alone. */
+/** All that the tour expects, from the headset's files alone. What there is none of is left out. */
 struct TourPlan {
-    std::string aggregator;                   ///< instance, such as "legacy/0"
+    std::string name;                         ///< of the headset
+    std::vector<std::string> served;          ///< instances of the service
+    std::vector<std::string> processes;       ///< instances of provider processes
+    std::string aggregator;                   ///< instance, such as "legacy/0"; or ""
     std::vector<ProviderDescription> behind;  ///< in the order in which the aggregator asks them
     std::vector<TourCamera> announced;        ///< reported PRESENT to a new listener
-    TourCamera lit;                           ///< announced, version 3, with a flash
-    TourCamera plugged;                       ///< external and not there at the start
-    ProviderDescription mrProvider;           ///< what the MR library describes
+    std::optional<TourCamera> opened;         ///< announced, of version 3; one with a flash if any
+    std::optional<TourCamera> plugged;        ///< external and not there at the start
+    std::optional<ProviderDescription> mrProvider;  ///< what the MR library describes
+
+    /** Whether the camera that is opened has a torch that can be switched. */
+    bool hasTorch() const { return opened && opened->described.flash; }
 
     /**
-     * Reads the map, the manifest and every description.
+     * Reads the map and every description.
      *
-     * @return an error, one line, if a file is missing or wrong, if a provider is declared by
-     *         nobody, or if the device lacks a camera that the tour shows.
+     * @return an error, one line, if a file is missing or wrong.
      */
-    static android::base::Result<TourPlan> make(const HeadsetDescription& device);
+    static android::base::Result<TourPlan> make(const std::string& directory);
 };
 
 }  // namespace orvo::simulator

@@ -128,8 +128,8 @@ void FakeDevice::answer(const std::string& command, const Json& result) {
     answerRaw(command, lineOf({{"result", result}}));
 }
 
-void FakeDevice::refuse(const std::string& command, const std::string& text) {
-    answerRaw(command, lineOf({{"error", text}}));
+void FakeDevice::refuse(const std::string& command, const std::string& text, int status) {
+    answerRaw(command, lineOf({{"error", text}, {"status", status}}));
 }
 
 void FakeDevice::answerRaw(const std::string& command, const std::string& bytes) {

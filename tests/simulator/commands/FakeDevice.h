@@ -14,7 +14,7 @@
 #include <android-base/unique_fd.h>
 #include <nlohmann/json.hpp>
 
-#include "simulator/control/HeadsetState.h"
+#include "simulator/control/Protocol.h"
 
 namespace orvo::simulator::testing {
 
@@ -39,7 +39,7 @@ class FakeDevice {
     std::string write(const std::string& file, const std::string& content) const;
 
     void answer(const std::string& command, const Json& result);
-    void refuse(const std::string& command, const std::string& text);
+    void refuse(const std::string& command, const std::string& text, int status = 1);
     /** Answers with these bytes, whatever they are, and closes. */
     void answerRaw(const std::string& command, const std::string& bytes);
     void haveEvents(std::vector<TimelineEvent> events);

@@ -83,15 +83,15 @@ TEST_F(ListingTest, CamerasHasARowForEachCameraAndTheProvidersWithoutAny) {
                  "device@3.2/legacy/100  legacy/0   PRESENT      AVAILABLE_ON  yes\n"
                  "device@3.2/legacy/7    legacy/0   NOT_PRESENT  -             -\n"
                  "device@3.2/default/0   default/0  PRESENT      -             -\n"
-                 "no cameras of virtual/0: declared but not running\n"
-                 "no cameras of ghost/0: named in the map but not declared in the manifest\n");
+                 "virtual/0: declared but not running\n"
+                 "ghost/0: named in the map but not declared in the manifest\n");
 }
 
 TEST_F(ListingTest, NoCamerasAreOnlyTheReasons) {
     changeState([](HeadsetState& state) { state.cameras.clear(); });
     expectPrints({"cameras"},
-                 "no cameras of virtual/0: declared but not running\n"
-                 "no cameras of ghost/0: named in the map but not declared in the manifest\n");
+                 "virtual/0: declared but not running\n"
+                 "ghost/0: named in the map but not declared in the manifest\n");
 }
 
 TEST_F(ListingTest, NoCamerasForNoReasonIsSaidToo) {
@@ -125,12 +125,13 @@ TEST_F(ListingTest, TagsAreListedServiceBySectionByTag) {
 }
 
 TEST_F(ListingTest, TagsOfOneServiceAreAskedForByName) {
-    mDevice.answer(
-            "tags",
-            {{"service", "legacy/0"}, {"status", "INTERNAL_ERROR"}, {"sections", Json::array()}});
+    const Json one = {
+            {"service", "legacy/0"}, {"status", "INTERNAL_ERROR"}, {"sections", Json::array()}};
+    mDevice.answer("tags", Json::array({one}));
     expectPrints({"tags", "--service", "legacy/0"},
                  "nothing to list: legacy/0 answers INTERNAL_ERROR\n");
-    EXPECT_EQ((Json{{"command", "tags"}, {"service", "legacy/0"}}), mDevice.requests("tags")[0]);
+    EXPECT_EQ("legacy/0", mDevice.requests("tags")[0]["service"]);
+    expectDocument({"tags", "--service", "legacy/0", "--format=json"}, one);
 }
 
 TEST_F(ListingTest, TagsOfADeviceThatServesNothingSayWhy) {
@@ -148,15 +149,37 @@ TEST_F(ListingTest, DumpsStandOneBelowTheOther) {
 }
 
 TEST_F(ListingTest, ADumpOfOneServiceIsAskedForByName) {
-    mDevice.answer("dump", {{"service", "legacy/0"}, {"text", "Camera provider\n"}});
+    const Json one = {{"service", "legacy/0"}, {"text", "Camera provider\n"}};
+    mDevice.answer("dump", Json::array({one}));
     expectPrints({"dump", "legacy/0"}, "Camera provider\n");
-    EXPECT_EQ((Json{{"command", "dump"}, {"service", "legacy/0"}}), mDevice.requests("dump")[0]);
+    EXPECT_EQ("legacy/0", mDevice.requests("dump")[0]["service"]);
+    expectDocument({"dump", "legacy/0", "--format=json"}, one);
 }
 
 TEST_F(ListingTest, ADumpOfADeviceThatServesNothingSaysWhy) {
     mDevice.answer("dump", Json::array());
     expectPrints({"dump"},
                  "nothing to list: the device serves no instance; camerasim ps says why\n");
+}
+
+TEST_F(ListingTest, WhatTheServicesListIsSaidOfEachName) {
+    const auto list = [](const std::string& service, const std::string& status, const Json& names,
+                         bool torches) {
+        return Json{{"service", service},
+                    {"status", status},
+                    {"names", names},
+                    {"torchStatus", "OK"},
+                    {"torchSupported", torches}};
+    };
+    mDevice.answer("list", Json::array({list("default/0", "OK", Json::array(), false),
+                                        list("legacy/0", "OK", {"a", "b"}, true)}));
+    expectPrints({"list"},
+                 "SERVICE   LISTED  TORCHES\n"
+                 "legacy/0  a       can be switched\n"
+                 "legacy/0  b       can be switched\n"
+                 "nothing to list: default/0 lists no camera\n");
+    mDevice.answer("list", Json::array({list("legacy/0", "INTERNAL_ERROR", Json::array(), false)}));
+    expectPrints({"list", "legacy/0"}, "nothing to list: legacy/0 answers INTERNAL_ERROR\n");
 }
 
 TEST_F(ListingTest, PropertiesAreQuotedSoThatBlanksAreSeen) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tests of what the commands are made of: tables, log lines, conditions.
+// Tests of what the commands are made of: tables, log lines.
 
 #include <sstream>
 #include <string>
@@ -9,11 +9,9 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "simulator/camerasim/ExitStatus.h"
 #include "simulator/camerasim/commands/LogLine.h"
 #include "simulator/camerasim/commands/Output.h"
 #include "simulator/camerasim/commands/Table.h"
-#include "simulator/camerasim/commands/WaitCondition.h"
 
 namespace orvo::simulator {
 namespace {
@@ -138,41 +136,6 @@ TEST(LogFilterTest, TagAndProgramMustBeEqual) {
     EXPECT_TRUE((LogFilter{"Tag", "", "program"}.accepts(line)));
     EXPECT_FALSE((LogFilter{"Ta", "", ""}.accepts(line)));
     EXPECT_FALSE((LogFilter{"", "", "prog"}.accepts(line)));
-}
-
-TEST(WaitConditionTest, EachFormIsWhatTheDeviceUnderstands) {
-    EXPECT_EQ((Json{{"camera", "device@3.2/legacy/100"}, {"status", "PRESENT"}}),
-              *parseCondition({"camera", "device@3.2/legacy/100", "PRESENT"}));
-    EXPECT_EQ((Json{{"camera", "c"}, {"status", "NOT_PRESENT"}}),
-              *parseCondition({"camera", "c", "NOT_PRESENT"}));
-    for (const std::string is : {"connected", "disconnected", "running", "dead"}) {
-        EXPECT_EQ((Json{{"provider", "external/0"}, {"is", is}}),
-                  *parseCondition({"provider", "external/0", is}));
-    }
-    EXPECT_EQ((Json{{"property", "camera.legacy.ids"}, {"value", ""}}),
-              *parseCondition({"property", "camera.legacy.ids", "is", ""}));
-    EXPECT_EQ((Json{{"property", "p"}, {"contains", "a b"}}),
-              *parseCondition({"property", "p", "contains", "a b"}));
-    EXPECT_EQ((Json{{"cameras", 4}}), *parseCondition({"cameras", "4"}));
-}
-
-TEST(WaitConditionTest, AnythingElseIsRefusedWithTheForms) {
-    const std::vector<std::vector<std::string>> wrong = {{},
-                                                         {"camera", "c"},
-                                                         {"camera", "c", "present"},
-                                                         {"provider", "external/0", "alive"},
-                                                         {"property", "p", "has", "x"},
-                                                         {"property", "p", "is"},
-                                                         {"cameras", "four"},
-                                                         {"cameras", "-1"},
-                                                         {"cameras", "4", "5"},
-                                                         {"weather", "fine", "now"}};
-    for (const auto& words : wrong) {
-        const auto refused = parseCondition(words);
-        ASSERT_FALSE(refused);
-        EXPECT_EQ(kBadUse, refused.error().code());
-        EXPECT_THAT(refused.error().message(), HasSubstr("is no condition; write 'camera NAME"));
-    }
 }
 
 }  // namespace

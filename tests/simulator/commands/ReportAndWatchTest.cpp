@@ -31,7 +31,8 @@ class BugreportTest : public CommandsFixture {
   protected:
     BugreportTest() {
         mDevice.answer("props", kProperties);
-        mDevice.answer("dump", {{"service", "legacy/0"}, {"text", "Camera provider\n"}});
+        mDevice.answer("dump",
+                       Json::array({{{"service", "legacy/0"}, {"text", "Camera provider\n"}}}));
         mDevice.haveEvents(sampleEvents());
         mDevice.write("run/log/provider-external-0.log", "Tag I 11-21 09:58:49 1 2 message\n");
         mDevice.write("run/properties", "the store");

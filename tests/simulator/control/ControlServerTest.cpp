@@ -4,6 +4,7 @@
 #include <sys/socket.h>
 
 #include <condition_variable>
+#include <filesystem>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -11,6 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "simulator/control/Complaint.h"
 #include "simulator/control/ControlServer.h"
 #include "tests/simulator/control/ControlTalk.h"
 #include "tests/simulator/support/FreshDirectory.h"
@@ -23,14 +25,16 @@ using ::testing::HasSubstr;
 
 class ControlServerTest : public ::testing::Test {
   protected:
+    ControlServerTest() { std::filesystem::create_directory(mDirectory.path() + "/run"); }
+
     void serve(ControlServer::Handler handler) {
-        auto socket = ControlServer::listen(path());
+        auto socket = ControlServer::listen(mDirectory.path());
         ASSERT_TRUE(socket) << socket.error().message();
         mServer = std::make_unique<ControlServer>(std::move(*socket), std::move(handler));
         mServer->serve();
     }
 
-    std::string path() const { return mDirectory.path() + "/control"; }
+    std::string path() const { return mDirectory.path() + "/run/control"; }
 
     FreshDirectory mDirectory;
     std::unique_ptr<ControlServer> mServer;
@@ -46,15 +50,16 @@ TEST_F(ControlServerTest, AnswersOneLineWithOneLineAndHangsUp) {
 }
 
 TEST_F(ControlServerTest, AClientThatConnectsEarlyIsServedLater) {
-    auto socket = ControlServer::listen(path());
+    auto socket = ControlServer::listen(mDirectory.path());
     ASSERT_TRUE(socket);
     ControlTalk early(path());
     ASSERT_TRUE(early.ok());
     early.send("hello\n");
-    ControlServer server(std::move(*socket),
-                         [](const std::string&, Reply& reply) { reply.error("not now"); });
+    ControlServer server(std::move(*socket), [](const std::string&, Reply& reply) {
+        reply.error(didNotHappen("not now"));
+    });
     server.serve();
-    EXPECT_EQ(json({{"error", "not now"}}), early.next());
+    EXPECT_EQ(json({{"error", "not now"}, {"status", 1}}), early.next());
 }
 
 TEST_F(ControlServerTest, EventsComeBeforeTheResult) {
@@ -131,10 +136,12 @@ TEST_F(ControlServerTest, AnEmptyLineIsRefused) {
 }
 
 TEST_F(ControlServerTest, BytesThatAreNoTextAreSentAllTheSame) {
-    serve([](const std::string& line, Reply& reply) { reply.error("what is '" + line + "'?"); });
+    serve([](const std::string& line, Reply& reply) {
+        reply.error(badUse("what is '" + line + "'?"));
+    });
     ControlTalk talk(path());
     talk.send("\xff\n");
-    EXPECT_EQ(json({{"error", "what is '\xef\xbf\xbd'?"}}), talk.next());
+    EXPECT_EQ(json({{"error", "what is '\xef\xbf\xbd'?"}, {"status", 2}}), talk.next());
 }
 
 TEST_F(ControlServerTest, EndsWhileClientsAreConnected) {
@@ -157,10 +164,10 @@ TEST_F(ControlServerTest, ASocketThatCannotBeMadeIsExplained) {
     const auto tooLong = ControlServer::listen("/tmp/" + std::string(120, 'x'));
     ASSERT_FALSE(tooLong);
     EXPECT_THAT(tooLong.error().message(), HasSubstr("is too long a name for a socket"));
-    const auto nowhere = ControlServer::listen("/no/such/directory/control");
+    const auto nowhere = ControlServer::listen("/no/such/directory");
     ASSERT_FALSE(nowhere);
     EXPECT_THAT(nowhere.error().message(),
-                HasSubstr("cannot make the socket '/no/such/directory/control'"));
+                HasSubstr("cannot make the socket '/no/such/directory/run/control'"));
 }
 
 }  // namespace

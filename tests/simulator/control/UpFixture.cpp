@@ -40,7 +40,7 @@ void DeviceRun::awaitReady(int cameras) {
     const std::string& out = mProgram.output();
     const size_t from = out.find("\" in ") + 5;
     mRoot = out.substr(from, out.find('\n') - from);
-    ASSERT_TRUE(waitFor({{"cameras", cameras}})) << mProgram.output();
+    ASSERT_TRUE(waitFor({"cameras", std::to_string(cameras)})) << mProgram.output();
 }
 
 json DeviceRun::request(const json& request) const {
@@ -68,7 +68,7 @@ ProviderState DeviceRun::provider(const std::string& instance) const {
     return {};
 }
 
-bool DeviceRun::waitFor(const json& condition) const {
+bool DeviceRun::waitFor(const std::vector<std::string>& condition) const {
     return request({{"command", "wait"}, {"condition", condition}, {"timeout", 30}})
             .value("met", false);
 }

@@ -13,7 +13,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "simulator/control/HeadsetState.h"
+#include "simulator/control/Protocol.h"
 #include "tests/simulator/control/ControlTalk.h"
 #include "tests/simulator/support/FreshDirectory.h"
 #include "tests/simulator/support/ProgramRun.h"
@@ -43,7 +43,7 @@ class DeviceRun {
     HeadsetState state() const;
     ProviderState provider(const std::string& instance) const;
     /** Waits for a condition; false if it is not met in 30 seconds. */
-    bool waitFor(const nlohmann::json& condition) const;
+    bool waitFor(const std::vector<std::string>& condition) const;
     /** Everything on the timeline, as "kind who what". */
     std::vector<std::string> history() const;
 

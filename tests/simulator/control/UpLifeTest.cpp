@@ -98,7 +98,7 @@ TEST_F(UpLifeTest, TwoDevicesDoNotMeet) {
     const auto second = boot();
     EXPECT_NE(first->root(), second->root());
     first->request({{"command", "kill"}, {"provider", "external/0"}});
-    EXPECT_TRUE(first->waitFor({{"camera", kBackCamera}, {"status", "NOT_PRESENT"}}));
+    EXPECT_TRUE(first->waitFor({"camera", kBackCamera, "NOT_PRESENT"}));
     EXPECT_EQ(0, second->provider("external/0").deaths);
     EXPECT_EQ(6u, second->state().cameras.size());
     first->request({{"command", "stop"}});
@@ -112,8 +112,8 @@ TEST_F(UpLifeTest, TwoDevicesDoNotMeet) {
 TEST_F(UpLifeTest, RestartStartsProvidersAgain) {
     const auto device = boot({"--restart"});
     device->request({{"command", "kill"}, {"provider", "external/0"}});
-    EXPECT_TRUE(device->waitFor({{"provider", "external/0"}, {"is", "connected"}}));
-    EXPECT_TRUE(device->waitFor({{"camera", kBackCamera}, {"status", "PRESENT"}}));
+    EXPECT_TRUE(device->waitFor({"provider", "external/0", "connected"}));
+    EXPECT_TRUE(device->waitFor({"camera", kBackCamera, "PRESENT"}));
     EXPECT_EQ(1, device->provider("external/0").deaths);
 }
 
@@ -124,9 +124,9 @@ TEST_F(UpLifeTest, InitClearsWhatTheDeviceNamesBeforeItStartsTheServiceAgain) {
     const auto device = boot({directory});
     device->request({{"command", "kill"}, {"provider", "service"}});
     // What is not named is appended to; then all reports of the new service are in.
-    EXPECT_TRUE(device->waitFor({{"property", "camera.virtual.ids"}, {"value", "8, 7, 8, 7"}}));
-    EXPECT_TRUE(device->waitFor({{"cameras", 6}}));
-    EXPECT_TRUE(device->waitFor({{"property", "camera.external.ids"}, {"value", "100, 101"}}));
+    EXPECT_TRUE(device->waitFor({"property", "camera.virtual.ids", "is", "8, 7, 8, 7"}));
+    EXPECT_TRUE(device->waitFor({"cameras", "6"}));
+    EXPECT_TRUE(device->waitFor({"property", "camera.external.ids", "is", "100, 101"}));
     const std::vector<std::string> history = device->history();
     EXPECT_THAT(history, Contains("service camera_provider_service init clears "
                                   "camera.external.ids"));

@@ -40,7 +40,7 @@ class UpTest : public UpFixture {
 
 TEST_F(UpTest, TellsItsState) {
     for (const char* instance : {"legacy/0", "default/0", "external/0", "virtual/0"}) {
-        ASSERT_TRUE(mDevice->waitFor({{"provider", instance}, {"is", "connected"}}));
+        ASSERT_TRUE(mDevice->waitFor({"provider", instance, "connected"}));
     }
     const HeadsetState state = mDevice->state();
     EXPECT_EQ("headset", state.name);
@@ -68,7 +68,7 @@ TEST_F(UpTest, TellsItsState) {
 }
 
 TEST_F(UpTest, TellsVendorTagsOfOneServiceOrOfAll) {
-    const json one = mDevice->request({{"command", "tags"}, {"service", "legacy/0"}});
+    const json one = mDevice->request({{"command", "tags"}, {"service", "legacy/0"}})[0];
     EXPECT_EQ("OK", one["status"]);
     EXPECT_EQ("external/0", one["sections"][0]["name"]);
     EXPECT_EQ(json({{"id", 0x80010000}, {"name", "exposureBoost"}, {"type", "FLOAT"}}),
@@ -98,15 +98,15 @@ TEST_F(UpTest, DumpsOneServiceOrAll) {
             "  camera.external.ids = \"100, 101\"\n"
             "  camera.virtual.ids = \"8, 7\"\n"
             "  service.cam_prvdr.external_0.added = \"1\"\n",
-            mDevice->request(request)["text"].get<std::string>());
+            mDevice->request(request)[0]["text"].get<std::string>());
     const json all = mDevice->request({{"command", "dump"}});
     ASSERT_EQ(2u, all.size());
     EXPECT_EQ(json({{"service", "default/0"}, {"text", ""}}), all[0]);
     EXPECT_EQ("legacy/0", all[1]["service"]);
 
     does("kill", "external/0");
-    ASSERT_TRUE(mDevice->waitFor({{"camera", kBackCamera}, {"status", "NOT_PRESENT"}}));
-    EXPECT_THAT(mDevice->request(request)["text"].get<std::string>(),
+    ASSERT_TRUE(mDevice->waitFor({"camera", kBackCamera, "NOT_PRESENT"}));
+    EXPECT_THAT(mDevice->request(request)[0]["text"].get<std::string>(),
                 AllOf(HasSubstr("  external/0 of type external: not connected, shim alive\n"),
                       HasSubstr("Active devices:\n  device@1.0/legacy/8 "),
                       HasSubstr("  camera.external.ids = \"\"\n")));
@@ -165,10 +165,12 @@ TEST_F(UpTest, ANameThatWasNeverReportedIsRefusedAndTheServiceLives) {
 TEST_F(UpTest, AWithdrawnCameraIsRefusedAndTheServiceLives) {
     const pid_t service = mDevice->state().service.pid;
     json change = {{"command", "plug"}, {"provider", "external/0"}, {"device", "usb-7C21"}};
-    EXPECT_EQ(json({{"device", "device@3.2/external/usb-7C21"}, {"status", "PRESENT"}}),
+    EXPECT_EQ(json({{"device", "device@3.2/external/usb-7C21"},
+                    {"status", "PRESENT"},
+                    {"dropped", json::array()}}),
               mDevice->request(change));
     EXPECT_EQ(7u, mDevice->state().cameras.size()) << "it is there when the request is answered";
-    change["command"] = "unplug";
+    change["present"] = false;
     EXPECT_EQ("NOT_PRESENT", mDevice->request(change)["status"]);
     EXPECT_THAT(mDevice->refusal({{"command", "open"}, {"camera", kUsbCamera}}),
                 HasSubstr("the camera 'device@3.2/legacy/usb-7C21' is not present; present are"));
@@ -178,10 +180,12 @@ TEST_F(UpTest, AWithdrawnCameraIsRefusedAndTheServiceLives) {
 TEST_F(UpTest, ACameraThatIsPulledOutIsHeldNoLonger) {
     const json plug = {{"command", "plug"}, {"provider", "external/0"}, {"device", "usb-7C21"}};
     json unplug = plug;
-    unplug["command"] = "unplug";
+    unplug["present"] = false;
     mDevice->request(plug);
     mDevice->request({{"command", "open"}, {"camera", kUsbCamera}, {"hold", true}});
-    mDevice->request(unplug);
+    EXPECT_THAT(mDevice->request(unplug)["dropped"], ElementsAre(kUsbCamera));
+    EXPECT_THAT(mDevice->history(),
+                Contains("camera device@3.2/legacy/usb-7C21 the session held open is gone"));
     EXPECT_THAT(mDevice->refusal({{"command", "close"}, {"camera", kUsbCamera}}),
                 HasSubstr("is not held open"));
 }
@@ -220,7 +224,7 @@ TEST_F(UpTest, UnknownDevicesAndProvidersAreAnsweredWithTheKnownOnes) {
 
 TEST_F(UpTest, AKilledProviderIsDeadUntilItIsStarted) {
     EXPECT_EQ("ended by signal 9 (Killed)", does("kill", "external/0")["what"]);
-    EXPECT_TRUE(mDevice->waitFor({{"camera", kBackCamera}, {"status", "NOT_PRESENT"}}));
+    EXPECT_TRUE(mDevice->waitFor({"camera", kBackCamera, "NOT_PRESENT"}));
     const ProviderState dead = mDevice->provider("external/0");
     EXPECT_FALSE(dead.running || dead.connected);
     EXPECT_EQ(1, dead.deaths);
@@ -229,17 +233,18 @@ TEST_F(UpTest, AKilledProviderIsDeadUntilItIsStarted) {
     EXPECT_THAT(dead.devices, IsEmpty());
     EXPECT_EQ("external/0 is not running",
               mDevice->refusal({{"command", "kill"}, {"provider", "external/0"}}));
-    EXPECT_EQ("started", does("start", "external/0")["what"]);
+    EXPECT_EQ("runs", does("start", "external/0")["what"]);
     EXPECT_EQ("external/0 runs already",
               mDevice->refusal({{"command", "start"}, {"provider", "external/0"}}));
-    EXPECT_TRUE(mDevice->waitFor({{"provider", "external/0"}, {"is", "connected"}}));
-    EXPECT_TRUE(mDevice->waitFor({{"camera", kBackCamera}, {"status", "PRESENT"}}));
+    EXPECT_TRUE(mDevice->waitFor({"provider", "external/0", "connected"}));
+    EXPECT_TRUE(mDevice->waitFor({"camera", kBackCamera, "PRESENT"}));
     EXPECT_EQ("", mDevice->provider("external/0").problem);
     EXPECT_THAT(mDevice->history(), Contains("provider external/0 disconnected"));
 }
 
 TEST_F(UpTest, ACleanExitIsTheProvidersOwn) {
-    EXPECT_EQ("ended with status 0", does("exit", "virtual/0")["what"]);
+    const json request = {{"command", "kill"}, {"provider", "virtual/0"}, {"signal", "TERM"}};
+    EXPECT_EQ("ended with status 0", mDevice->request(request)["what"]);
     EXPECT_EQ("ended with status 0", mDevice->provider("virtual/0").lastEnd);
 }
 
@@ -258,12 +263,13 @@ TEST_F(UpTest, SignalsHaveNamesAndNumbers) {
 }
 
 TEST_F(UpTest, AHungProviderHangsNobodyElse) {
-    EXPECT_EQ("hung", does("hang", "external/0")["what"]);
+    EXPECT_EQ("hangs", does("hang", "external/0")["what"]);
     const ProviderState hung = mDevice->provider("external/0");
     EXPECT_TRUE(hung.running && hung.hung && hung.connected);
     EXPECT_THAT(hung.problem, HasSubstr("camerasim start external/0 lets it go on"));
-    EXPECT_THAT(mDevice->refusal({{"command", "exit"}, {"provider", "external/0"}}),
-                HasSubstr("is hung and hears no signal but KILL"));
+    EXPECT_THAT(
+            mDevice->refusal({{"command", "kill"}, {"provider", "external/0"}, {"signal", "TERM"}}),
+            HasSubstr("is hung and hears no signal but KILL"));
     EXPECT_THAT(mDevice->refusal(
                         {{"command", "plug"}, {"provider", "external/0"}, {"device", "usb-7C21"}}),
                 HasSubstr("external/0 is hung"));
@@ -273,10 +279,8 @@ TEST_F(UpTest, AHungProviderHangsNobodyElse) {
               mDevice->request({{"command", "open"}, {"camera", "device@3.2/legacy/7"}})["opened"]);
     EXPECT_THAT(mDevice->request({{"command", "dump"}})[1]["text"].get<std::string>(),
                 HasSubstr("external/0 of type external: connected, shim alive"));
-    EXPECT_EQ("goes on", does("start", "external/0")["what"]);
+    EXPECT_EQ("runs", does("start", "external/0")["what"]);
     EXPECT_FALSE(mDevice->provider("external/0").hung);
-    EXPECT_EQ("external/0 is not hung",
-              mDevice->refusal({{"command", "resume"}, {"provider", "external/0"}}));
 }
 
 TEST_F(UpTest, AHungServiceHangsNobodyEither) {
@@ -288,14 +292,14 @@ TEST_F(UpTest, AHungServiceHangsNobodyEither) {
             "no answer within 10 s: the camera provider service is hung; camerasim start lets it"
             " go on",
             mDevice->refusal({{"command", "tags"}}));
-    EXPECT_EQ("goes on", does("resume", "service")["what"]);
+    EXPECT_EQ("runs", does("start", "service")["what"]);
     EXPECT_EQ(2u, mDevice->request({{"command", "tags"}}).size());
 }
 
 TEST_F(UpTest, AKilledServiceIsStartedAgainAndServes) {
     const pid_t before = mDevice->state().service.pid;
     EXPECT_EQ("ended by signal 9 (Killed)", does("kill", "service")["what"]);
-    EXPECT_TRUE(mDevice->waitFor({{"cameras", 6}}));
+    EXPECT_TRUE(mDevice->waitFor({"cameras", "6"}));
     const ServiceState service = mDevice->state().service;
     EXPECT_NE(before, service.pid);
     EXPECT_EQ(1, service.restarts);
@@ -308,13 +312,13 @@ TEST_F(UpTest, AKilledServiceIsStartedAgainAndServes) {
 TEST_F(UpTest, AProviderThatWasStartedAfterTheServiceHadLookedIsExplained) {
     does("kill", "virtual/0");
     does("kill", "service");
-    ASSERT_TRUE(mDevice->waitFor({{"camera", kBackCamera}, {"status", "PRESENT"}}));
+    ASSERT_TRUE(mDevice->waitFor({"camera", kBackCamera, "PRESENT"}));
     does("start", "virtual/0");
     EXPECT_THAT(mDevice->provider("virtual/0").problem,
                 HasSubstr("it was started after the service had looked for it; camerasim kill"
                           " service lets a new one look for it"));
     does("kill", "service");
-    EXPECT_TRUE(mDevice->waitFor({{"provider", "virtual/0"}, {"is", "connected"}}));
+    EXPECT_TRUE(mDevice->waitFor({"provider", "virtual/0", "connected"}));
 }
 
 TEST_F(UpTest, EventsAreNumberedWithoutGapsAndCanBeFollowed) {
@@ -349,22 +353,21 @@ TEST_F(UpTest, AFollowerThatDoesNotReadBlocksNobody) {
 
 TEST_F(UpTest, AWaitThatIsNotMetSaysSo) {
     const json answer = mDevice->request(
-            {{"command", "wait"}, {"condition", {{"cameras", 99}}}, {"timeout", 0.05}});
+            {{"command", "wait"}, {"condition", {"cameras", "99"}}, {"timeout", 0.05}});
     EXPECT_EQ(false, answer["met"]);
     EXPECT_GE(answer["seconds"], 0.05);
     EXPECT_EQ(true, mDevice->request({{"command", "wait"},
-                                      {"condition", {{"cameras", 6}}},
+                                      {"condition", {"cameras", "6"}},
                                       {"timeout", 0}})["met"]);
 }
 
 TEST_F(UpTest, AWaitIsMetByWhatHappensLater) {
     ControlTalk waiting(mDevice->socket());
-    const json condition = {{"property", "camera.external.ids"}, {"contains", "usb-7C21"}};
+    const json condition = {"property", "camera.external.ids", "contains", "usb-7C21"};
     waiting.send(json({{"command", "wait"}, {"condition", condition}}).dump() + "\n");
     mDevice->request({{"command", "plug"}, {"provider", "external/0"}, {"device", "usb-7C21"}});
     EXPECT_EQ(true, (*waiting.next())["result"]["met"]);
-    EXPECT_THAT(mDevice->refusal(
-                        {{"command", "wait"}, {"condition", {{"provider", "x"}, {"is", "dead"}}}}),
+    EXPECT_THAT(mDevice->refusal({{"command", "wait"}, {"condition", {"provider", "x", "dead"}}}),
                 HasSubstr("there is no provider 'x'"));
 }
 
@@ -373,7 +376,8 @@ TEST_F(UpTest, WhatIsNoRequestIsAnsweredWithOneLine) {
     talk.send("nonsense\n");
     EXPECT_THAT((*talk.next())["error"], HasSubstr("the request is no JSON object"));
     EXPECT_THAT(mDevice->refusal({{"command", "fly"}}), HasSubstr("there is no command 'fly'"));
-    EXPECT_EQ("kill: 'provider' is missing; send a text", mDevice->refusal({{"command", "kill"}}));
+    EXPECT_THAT(mDevice->refusal({{"command", "wait"}, {"condition", {"camera", "here"}}}),
+                HasSubstr("'camera here' is no condition; write 'camera NAME"));
 }
 
 TEST_F(UpTest, ManyRequestsAtOnceAreAllAnswered) {

@@ -15,7 +15,6 @@
 
 #include "simulator/camerasim/inside/MainThread.h"
 #include "simulator/camerasim/inside/Supervisor.h"
-#include "simulator/control/WithinLimit.h"
 #include "simulator/provider/StatusReporter.h"
 #include "tests/simulator/support/FreshDirectory.h"
 #include "tests/simulator/support/GatedListener.h"
@@ -183,20 +182,6 @@ TEST(MainThreadTest, WhoAsksAfterTheEndIsTold) {
     queue.stop();
     queue.run();
     EXPECT_FALSE(queue.perform([] { FAIL() << "nobody is there to do it"; }));
-}
-
-TEST(WithinLimitTest, GivesTheResultOrGoesOnWithoutIt) {
-    EXPECT_EQ(7, withinLimit<int>(kPatience, [] { return 7; }));
-    auto gate = std::make_shared<std::promise<void>>();
-    auto left = std::make_shared<std::promise<void>>();
-    const auto slow = withinLimit<int>(std::chrono::milliseconds(1), [gate, left] {
-        gate->get_future().wait();
-        left->set_value();
-        return 7;
-    });
-    EXPECT_EQ(std::nullopt, slow);
-    gate->set_value();
-    left->get_future().wait();
 }
 
 }  // namespace

@@ -11,8 +11,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "simulator/camerasim/Looks.h"
 #include "simulator/camerasim/inside/CameraTable.h"
-#include "simulator/camerasim/inside/EventPrinter.h"
 #include "simulator/camerasim/inside/Timeline.h"
 
 namespace orvo::simulator::testing {
@@ -102,7 +102,7 @@ TEST(TimelineTest, ManyWritersLeaveNoGap) {
 TEST(TimelineTest, ALineIsPlainUnlessColourIsWanted) {
     const TimelineEvent event{7, "14:03:07.123456", 12.5, "camera", "a", "NOT_PRESENT"};
     EXPECT_EQ("14:03:07.123456    12.500  camera    a  NOT_PRESENT", eventLine(event, false));
-    EXPECT_EQ("\033[2m14:03:07.123456    12.500\033[0m  camera    a  \033[31mNOT_PRESENT\033[0m",
+    EXPECT_EQ("\033[2m14:03:07.123456    12.500\033[0m  camera    a  \033[1;31mNOT_PRESENT\033[0m",
               eventLine(event, true));
 }
 

@@ -5,8 +5,8 @@
 
 #include <stdlib.h>
 #include <string.h>
-#include <unistd.h>
 
+#include <filesystem>
 #include <iostream>
 #include <memory>
 #include <string>
@@ -23,8 +23,10 @@ namespace orvo::simulator::testing {
 
 namespace {
 
-/** Set for the inner process only: the root of the stage. */
-constexpr char kStageVariable[] = "ORVO_TEST_STAGE";
+/** The directory that is set for the inner process only, below the root of the stage. */
+const char* runDirectory() {
+    return getenv("ORVO_DEVICE_DIR");
+}
 
 std::unique_ptr<Programs> gDevice;
 
@@ -36,8 +38,8 @@ class BootedDevice : public ::testing::Environment {
         ASSERT_TRUE(description) << description.error().message();
         ASSERT_TRUE(installation) << installation.error().message();
         android::hardware::configureRpcThreadpool(8, false);
-        gDevice = std::make_unique<Programs>(*description, *installation,
-                                             Stage(getenv(kStageVariable)));
+        const Stage stage(std::filesystem::path(runDirectory()).parent_path());
+        gDevice = std::make_unique<Programs>(*description, *installation, stage);
         const auto booted = gDevice->boot();
         ASSERT_TRUE(booted) << booted.error().message();
     }
@@ -56,26 +58,18 @@ bool onlyLists(int argc, char** argv) {
 }
 
 int runOutside(int argc, char** argv) {
-    const auto description = HeadsetDescription::read(ORVO_HEADSET);
-    const auto installation = Installation::ofThisProgram();
-    if (!description || !installation) {
-        std::cerr << "the default device or the build is not complete\n";
+    SessionOptions options;
+    options.directory = ORVO_HEADSET;
+    options.command = {std::filesystem::read_symlink("/proc/self/exe")};
+    options.command.insert(options.command.end(), argv + 1, argv + argc);
+    auto session = Session::start(options);
+    if (!session) {
+        std::cerr << session.error().message() << "\n";
         return 1;
     }
-    auto host = Session::prepare(*description, *installation, false);
-    if (!host) {
-        std::cerr << host.error().message() << "\n";
-        return 1;
-    }
-    const auto status = host->run([&](int) {
-        setenv(kStageVariable, host->stage().root().c_str(), 1);
-        std::vector<std::string> command = {"/proc/self/exe"};
-        char self[4096] = {};
-        if (readlink("/proc/self/exe", self, sizeof(self) - 1) > 0) command[0] = self;
-        command.insert(command.end(), argv + 1, argv + argc);
-        return command;
-    });
-    return status ? *status : 1;
+    const int status = session->awaitEnd();
+    session->finish();
+    return status;
 }
 
 }  // namespace
@@ -88,12 +82,10 @@ Programs& device() {
 
 int main(int argc, char** argv) {
     using namespace orvo::simulator::testing;
-    if (getenv(kStageVariable) == nullptr && !onlyLists(argc, argv)) {
+    if (runDirectory() == nullptr && !onlyLists(argc, argv)) {
         return runOutside(argc, argv);
     }
     ::testing::InitGoogleMock(&argc, argv);
-    if (getenv(kStageVariable) != nullptr) {
-        ::testing::AddGlobalTestEnvironment(new BootedDevice);
-    }
+    if (runDirectory() != nullptr) ::testing::AddGlobalTestEnvironment(new BootedDevice);
     return RUN_ALL_TESTS();
 }

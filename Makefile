@@ -114,6 +114,7 @@ interleavings: ## try every order of two and of three things that happen at once
 reliability: ## write docs/reliability.md, the table of faults, from the tests' output
 	$(packages) run test
 	@tools/build.sh $(with_tests) library_tests interleavings
+	@ctest --test-dir $(BUILD) --output-on-failure -j $(JOBS) -L '^library$$' -E '^reliability/'
 	@python3 -B tools/reliability.py $(BUILD)
 
 # The library, the host platform and their tests; a simulated device starts its programs from inside

@@ -40,6 +40,11 @@ function(orvo_add_test name)
     endif()
     add_dependencies(${label}_tests ${name})
   endforeach()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}/"
-                       PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}")
+  # What the tests of the library say about the faults that they play; for tools/reliability.py.
+  if("library" IN_LIST ARG_LABELS)
+    set(reports XML_OUTPUT_DIR ${CMAKE_BINARY_DIR}/reports/${name})
+    set(fixture FIXTURES_SETUP library_reports)
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST TEST_PREFIX "${name}/" ${reports}
+                       PROPERTIES TIMEOUT ${ARG_TIMEOUT} LABELS "${ARG_LABELS}" ${fixture})
 endfunction()

@@ -13,11 +13,8 @@
 namespace orvo::test {
 namespace {
 
-using ::testing::EndsWith;
 using ::testing::HasSubstr;
-using ::testing::Not;
 using ::testing::SizeIs;
-using ::testing::StartsWith;
 
 constexpr char kDocument[] = "docs/device.md";
 constexpr char kPrompt[] = "$ ";
@@ -152,30 +149,6 @@ TEST_F(DocumentTest, TheMapIsShownOnce) {
     }
     EXPECT_THAT(maps, SizeIs(1)) << "the test takes the xml block of " << kDocument
                                  << " for the map of its first command";
-}
-
-TEST(DocumentBlocksTest, ACommandEndsWhereNoBackslashContinuesIt) {
-    const std::vector<Block> blocks = blocksOf(
-            "text\n```\n$ one \\\n  more\noutput\n$ echo 'it''s'\n```\n$ no block\n```xml\n<a/>\n"
-            "```\n");
-    ASSERT_THAT(blocks, SizeIs(2));
-    EXPECT_EQ(blocks[0].line, 3);
-    EXPECT_THAT(commandsOf(blocks[0].text),
-                ::testing::ElementsAre("$ one \\\n  more", "$ echo 'it''s'"));
-    EXPECT_EQ(blocks[1].language, "xml");
-    EXPECT_EQ(blocks[1].text, "<a/>\n");
-    EXPECT_THAT(commandsOf(blocks[1].text), SizeIs(0));
-}
-
-using DocumentScriptTest = DocumentTest;
-
-TEST_F(DocumentScriptTest, ShowsCommandsOutputsAndExitStatuses) {
-    EXPECT_EQ(outputOf({"$ echo 'a  b'", "$ sh -c \\\n  'echo c >&2; exit 3'", "$ echo $?"}),
-              "$ echo 'a  b'\na  b\n$ sh -c \\\n  'echo c >&2; exit 3'\nc\n$ echo $?\n3\n");
-    EXPECT_THAT(outputOf({"$ command -v orvo-mapcheck"}),
-                EndsWith(simulator::testing::programPath("orvo-mapcheck") + "\n"))
-            << "the program of this build";
-    EXPECT_THAT(outputOf({"$ pwd"}), EndsWith(mDirectory.path() + "\n"));
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <iterator>
 #include <map>
-#include <optional>
 #include <regex>
 
 #include <android-base/file.h>
@@ -21,7 +20,7 @@ namespace {
 const fs::path kRoot = ORVO_SOURCE_DIR;
 
 std::vector<fs::path> filesIn(const std::string& directory) {
-    static const std::set<std::string> kExtensions = {".cpp", ".h", ".hal"};
+    static const std::set<std::string> kExtensions = {".cpp", ".h"};
     std::vector<fs::path> files;
     for (const auto& entry : fs::recursive_directory_iterator(kRoot / directory)) {
         if (kExtensions.count(entry.path().extension()) > 0) {
@@ -31,13 +30,8 @@ std::vector<fs::path> filesIn(const std::string& directory) {
     return files;
 }
 
-struct LogCall {
-    LoggedText text;
-    size_t end;  // Of the call, in the file.
-};
-
 // The calls of the log in a file, in order.
-std::vector<LogCall> logCallsOf(const std::string& source, const fs::path& file) {
+std::vector<LoggedText> logCallsOf(const std::string& source, const fs::path& file) {
     // Priority, tag, and a text in one or more pieces.
     static const std::regex kCall(
             R"re(__android_log_print\(\s*ANDROID_LOG_(\w+),\s*kLogTag,\s*((?:"(?:[^"\\]|\\.)*"\s*)+))re");
@@ -45,7 +39,7 @@ std::vector<LogCall> logCallsOf(const std::string& source, const fs::path& file)
     static const std::map<std::string, char> kPriorities = {
             {"ERROR", 'E'}, {"WARN", 'W'}, {"INFO", 'I'}};
 
-    std::vector<LogCall> calls;
+    std::vector<LoggedText> calls;
     for (std::sregex_iterator it(source.begin(), source.end(), kCall), end; it != end; ++it) {
         std::string text = (*it)[2];
         text = text.substr(1, text.rfind('"') - 1);
@@ -55,8 +49,7 @@ std::vector<LogCall> logCallsOf(const std::string& source, const fs::path& file)
         const auto priority = kPriorities.find((*it)[1]);
         EXPECT_NE(priority, kPriorities.end()) << file << ": " << text;
         if (priority == kPriorities.end()) continue;
-        calls.push_back(
-                {{priority->second, text}, static_cast<size_t>(it->position() + it->length())});
+        calls.emplace_back(priority->second, text);
     }
 
     static const std::regex kAnyCall(R"re(\b__android_log_\w+|\bA?LOG[VDIWEF]?\()re");
@@ -100,43 +93,10 @@ std::set<LoggedText> loggedTexts() {
     std::set<LoggedText> texts;
     for (const char* directory : {"provider", "mapper"}) {
         for (const fs::path& file : filesIn(directory)) {
-            for (const LogCall& call : logCallsOf(sourceText(file), file)) texts.insert(call.text);
+            for (const LoggedText& text : logCallsOf(sourceText(file), file)) texts.insert(text);
         }
     }
     return texts;
-}
-
-std::set<LoggedText> fatalTexts() {
-    constexpr char kExit[] = " shutdown();";
-    std::set<LoggedText> texts;
-    for (const fs::path& file : filesIn("provider")) {
-        if (file.extension() != ".cpp") continue;
-        const std::string source = sourceText(file);
-        const std::vector<LogCall> calls = logCallsOf(source, file);
-        for (size_t at = source.find(kExit); at != std::string::npos;
-             at = source.find(kExit, at + 1)) {
-            const auto next = std::find_if(calls.begin(), calls.end(),
-                                           [at](const LogCall& call) { return call.end > at; });
-            EXPECT_NE(next, calls.begin()) << file << " ends the process without a word";
-            if (next != calls.begin()) texts.insert(std::prev(next)->text);
-        }
-    }
-    return texts;
-}
-
-std::set<std::string> functionNames(const std::vector<std::string>& directories) {
-    static const std::regex kName(R"re((\w+)\()re");
-    std::set<std::string> names;
-    for (const std::string& directory : directories) {
-        for (const fs::path& file : filesIn(directory)) {
-            const std::string source = sourceText(file);
-            for (std::sregex_iterator it(source.begin(), source.end(), kName), end; it != end;
-                 ++it) {
-                names.insert((*it)[1]);
-            }
-        }
-    }
-    return names;
 }
 
 }  // namespace orvo::test

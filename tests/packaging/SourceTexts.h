@@ -6,7 +6,6 @@
 #include <set>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace orvo::test {
 
@@ -16,9 +15,6 @@ using LoggedText = std::pair<char, std::string>;
 /** Every call of the log in the library's sources; the test fails at one that cannot be read. */
 std::set<LoggedText> loggedTexts();
 
-/** The texts that are logged right before the process is ended. */
-std::set<LoggedText> fatalTexts();
-
 /** The whole of a file, relative to the source directory; the test fails if there is none. */
 std::string sourceText(const std::filesystem::path& file);
 
@@ -27,9 +23,5 @@ std::set<std::string> headersOf(const std::string& file);
 
 /** The files, and all headers of the project that they include. */
 std::set<std::string> withHeaders(std::set<std::string> files);
-
-/** Everything that looks like the definition, declaration or call of a function, by name, in all
- *  C++ and interface files of the given directories. */
-std::set<std::string> functionNames(const std::vector<std::string>& directories);
 
 }  // namespace orvo::test

@@ -112,20 +112,9 @@ TEST(ExportedSymbolsTest, TheDefaultTableIsLocalToItsFile) {
     EXPECT_THAT(found, ElementsAre(Pair(STT_OBJECT, STB_LOCAL)));
 }
 
-TEST(ExportedSymbolsTest, TheEntryPointHasItsPlainName) {
-    EXPECT_THAT(ElfFile(ORVO_PROVIDER_LIBRARY).symbols(true),
-                ::testing::Contains("HIDL_FETCH_ICameraProvider"));
-}
-
 TEST(ExportedSymbolsTest, TheShimFactoryIsImported) {
     EXPECT_THAT(ElfFile(ORVO_PROVIDER_LIBRARY).symbols(false),
                 ::testing::Contains("HIDL_FETCH_ICameraProvider_shim"));
-}
-
-TEST(ExportedSymbolsTest, TheFileNameIsOneThatThePassthroughLoaderLooksFor) {
-    const std::string path = ORVO_PROVIDER_LIBRARY;
-    EXPECT_EQ(path.substr(path.rfind('/') + 1),
-              "android.hardware.camera.provider@2.4-impl-orvo.so");
 }
 
 TEST(ExportedSymbolsTest, TheLoadedLibraryHasAnEmptyMapAndAClearFlag) {

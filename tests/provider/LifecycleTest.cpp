@@ -39,9 +39,6 @@ TEST_F(LifecycleTest, TheObjectHasThreeFaces) {
     using android::hardware::hidl_death_recipient;
     using android::hardware::camera::provider::V2_4::ICameraProvider;
     using android::hardware::camera::provider::V2_4::ICameraProviderCallback;
-    static_assert(std::is_base_of_v<ICameraProvider, Object>);
-    static_assert(std::is_base_of_v<hidl_death_recipient, Object>);
-    static_assert(std::is_base_of_v<ICameraProviderCallback, Object>);
     makeObject("legacy/0", {"external/0"});
     const sp<ICameraProvider> provider = mObject;
     EXPECT_EQ(static_cast<void*>(provider.get()), static_cast<void*>(mObject.get()))

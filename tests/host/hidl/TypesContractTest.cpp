@@ -34,11 +34,6 @@ static_assert(offsetof(DebugInfo, pid) == 0, "offset");
 static_assert(offsetof(DebugInfo, ptr) == 8, "offset");
 static_assert(offsetof(DebugInfo, arch) == 16, "offset");
 
-static_assert(sizeof(DebugInfo) == 24 && alignof(DebugInfo) == 8, "size");
-static_assert(offsetof(DebugInfo, pid) == 0, "offset");
-static_assert(offsetof(DebugInfo, ptr) == 8, "offset");
-static_assert(offsetof(DebugInfo, arch) == 16, "offset");
-
 }  // namespace hidlbase
 
 namespace hidlmanager {

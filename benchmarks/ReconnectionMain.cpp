@@ -4,7 +4,6 @@
 // namespace of a simulated device; this process is the camera provider service of that device.
 
 #include <signal.h>
-#include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
 #include <time.h>

@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Generated proxies with answers whose parcels a server has spoiled: each is a result or an error.
 
-#include <utility>
-
 #include <hwbinder/Parcel.h>
 
-#include "fuzz/support/Require.h"
 #include "fuzz/support/Surroundings.h"
 #include "fuzz/transport/Interfaces.h"
 #include "fuzz/transport/Spoiling.h"

@@ -3,7 +3,6 @@
 
 #include "benchmarks/floor/FloorProvider.h"
 
-#include <stdlib.h>
 #include <string.h>
 
 #include <android/hidl/manager/1.2/IServiceManager.h>

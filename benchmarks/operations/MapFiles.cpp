@@ -3,7 +3,6 @@
 
 #include <stdlib.h>
 
-#include "benchmarks/fakes/Journal.h"
 #include "benchmarks/floor/FloorProvider.h"
 #include "benchmarks/operations/MapFile.h"
 #include "benchmarks/operations/Operation.h"

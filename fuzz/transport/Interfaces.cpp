@@ -6,7 +6,6 @@
 #include <fcntl.h>
 #include <string.h>
 
-#include <memory>
 #include <utility>
 
 #include <android/hardware/camera/provider/2.4/BnHwCameraProvider.h>

@@ -15,7 +15,6 @@ namespace orvo::simulator {
 
 using android::sp;
 using android::hardware::hidl_handle;
-using android::hardware::hidl_string;
 using android::hardware::hidl_vec;
 using android::hardware::MQDescriptorSync;
 using android::hardware::Return;

@@ -15,7 +15,6 @@ using android::sp;
 using android::wp;
 using android::hardware::Return;
 using android::hardware::camera::common::V1_0::CameraDeviceStatus;
-using android::hardware::camera::common::V1_0::TorchModeStatus;
 
 StatusReporter::Link::Link(StatusReporter* reporter, const sp<Listener>& listener)
     : listener(listener), mReporter(reporter) {}

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tests that every benchmark program runs and prints what the report reads.
 
-#include <sys/stat.h>
-
 #include <filesystem>
 #include <fstream>
 #include <iterator>

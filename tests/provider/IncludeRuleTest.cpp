@@ -2,7 +2,6 @@
 // The sources of the library compile on a device unchanged: they include only what exists there.
 
 #include <algorithm>
-#include <cctype>
 #include <filesystem>
 #include <fstream>
 #include <regex>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // The framework's callback is stored, and the provider object registers itself with its providers.
 
-#include <chrono>
 #include <future>
 
 #include "tests/support/Fault.h"

@@ -27,7 +27,6 @@ sp<FakeServiceInteractionProxy::ICameraProvider> FakeServiceInteractionProxy::ge
     if (onGetService) onGetService(serviceName);
     const std::lock_guard<std::mutex> lock(mMutex);
     ++mLookups[serviceName];
-    mLookedUp.notify_all();
     const auto found = mServices.find(serviceName);
     return found == mServices.end() ? nullptr : found->second;
 }
@@ -54,12 +53,6 @@ int FakeServiceInteractionProxy::lookups(const std::string& serviceName) const {
     const std::lock_guard<std::mutex> lock(mMutex);
     const auto found = mLookups.find(serviceName);
     return found == mLookups.end() ? 0 : found->second;
-}
-
-bool FakeServiceInteractionProxy::waitForLookups(const std::string& serviceName, int count,
-                                                 std::chrono::milliseconds timeout) {
-    std::unique_lock<std::mutex> lock(mMutex);
-    return mLookedUp.wait_for(lock, timeout, [&] { return mLookups[serviceName] >= count; });
 }
 
 int FakeServiceInteractionProxy::listings() const {

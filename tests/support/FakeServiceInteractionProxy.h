@@ -2,8 +2,6 @@
 // A service manager with the services that a test gives it.
 #pragma once
 
-#include <chrono>
-#include <condition_variable>
 #include <functional>
 #include <map>
 #include <mutex>
@@ -36,9 +34,6 @@ class FakeServiceInteractionProxy
     void stop(const std::string& serviceName);
     /** How often the name was looked up so far. */
     int lookups(const std::string& serviceName) const;
-    /** Waits for that many look-ups of the name. False when they do not come in time. */
-    bool waitForLookups(const std::string& serviceName, int count,
-                        std::chrono::milliseconds timeout = kPatience);
     int listings() const;
 
     /** What listServices answers. Set before the proxy is shared. */
@@ -51,7 +46,6 @@ class FakeServiceInteractionProxy
 
   private:
     mutable std::mutex mMutex;
-    std::condition_variable mLookedUp;
     std::map<std::string, android::sp<ICameraProvider>> mServices;  // Key: instance name.
     std::map<std::string, int> mLookups;                            // Key: instance name.
     int mListings = 0;

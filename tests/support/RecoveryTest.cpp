@@ -4,7 +4,6 @@
 #include "tests/support/RecoveryTest.h"
 
 #include <poll.h>
-#include <signal.h>
 #include <unistd.h>
 
 #include <chrono>

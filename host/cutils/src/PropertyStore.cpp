@@ -5,7 +5,6 @@
 
 #include <pthread.h>
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <map>
 

@@ -7,7 +7,6 @@
 #include <stdio.h>
 #include <stdlib.h>
 
-#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>

@@ -5,7 +5,6 @@
 
 namespace orvo {
 
-using android::sp;
 using android::hardware::hidl_handle;
 using android::hardware::hidl_string;
 using android::hardware::hidl_vec;

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstdio>
 #include <iostream>
-#include <utility>
 
 #include <nlohmann/json.hpp>
 

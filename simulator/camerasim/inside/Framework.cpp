@@ -8,8 +8,6 @@
 
 namespace orvo::simulator {
 
-using android::sp;
-
 namespace {
 
 std::string statusWord(const Answer<bool>& answer) {

@@ -3,8 +3,6 @@
 
 #include "simulator/camerasim/inside/Headset.h"
 
-#include <signal.h>
-
 #include <algorithm>
 #include <iostream>
 #include <memory>

@@ -11,7 +11,6 @@
 #include <chrono>
 #include <utility>
 
-#include <android-base/file.h>
 #include <android-base/unique_fd.h>
 #include <android/hardware/camera/provider/2.4/ICameraProvider.h>
 

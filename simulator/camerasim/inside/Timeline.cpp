@@ -5,10 +5,8 @@
 
 #include <sys/eventfd.h>
 #include <time.h>
-#include <unistd.h>
 
 #include <cstdio>
-#include <utility>
 
 namespace orvo::simulator {
 

@@ -3,7 +3,6 @@
 
 #include "simulator/camerasim/outside/Janitor.h"
 
-#include <fcntl.h>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/prctl.h>

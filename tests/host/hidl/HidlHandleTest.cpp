@@ -3,9 +3,7 @@
 
 #include <fcntl.h>
 #include <sys/resource.h>
-#include <unistd.h>
 
-#include <optional>
 #include <utility>
 
 #include <gtest/gtest.h>

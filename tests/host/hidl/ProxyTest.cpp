@@ -2,9 +2,7 @@
 // Proxies: what generated client code sends, and what its callers get to see.
 
 #include <fcntl.h>
-#include <unistd.h>
 
-#include <memory>
 #include <vector>
 
 #include <gtest/gtest.h>

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Return: its value, and the rule that a failed one must be looked at.
 
-#include <optional>
 #include <utility>
 
 #include <android/log.h>

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Stubs: what generated server code does with calls, and when it ends the process.
 
-#include <fcntl.h>
-
-#include <memory>
 #include <thread>
 
 #include <android/hidl/base/1.0/BnHwBase.h>

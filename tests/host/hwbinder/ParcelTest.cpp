@@ -3,8 +3,6 @@
 
 #include <hwbinder/Parcel.h>
 
-#include <string.h>
-
 #include <gtest/gtest.h>
 
 namespace {

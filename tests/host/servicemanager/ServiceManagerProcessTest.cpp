@@ -4,7 +4,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <fstream>
-#include <memory>
 #include <mutex>
 #include <string>
 #include <thread>

@@ -3,7 +3,6 @@
 
 #include "ServiceRegistry.h"
 
-#include <atomic>
 #include <string>
 #include <thread>
 #include <vector>

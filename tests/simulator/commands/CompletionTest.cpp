@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <sstream>
 #include <string>
-#include <vector>
 
 #include "tests/simulator/commands/CommandsFixture.h"
 

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tests of how a command finds the device that it is about.
 
-#include <sys/stat.h>
-
 #include <filesystem>
 #include <string>
 

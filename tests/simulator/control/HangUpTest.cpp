@@ -4,7 +4,6 @@
 #include <signal.h>
 
 #include <chrono>
-#include <filesystem>
 #include <functional>
 #include <map>
 #include <ostream>

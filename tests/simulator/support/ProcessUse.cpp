@@ -4,7 +4,6 @@
 #include "tests/simulator/support/ProcessUse.h"
 
 #include <stdlib.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>

@@ -4,7 +4,6 @@
 
 #include "mapcheck/EntryChecks.h"
 
-#include <algorithm>
 #include <unordered_map>
 
 #include "mapcheck/CameraChecks.h"

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Merges the vendor tag sections of all underlying providers.
 
-#include <algorithm>
 #include <iterator>
 
 #include <android/log.h>

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Reads the replacement map file with libxml2 and answers from it.
 
+#define LOG_TAG "ProviderMapper"
+
 #include "mapper/ProviderMapper.h"
 
 #include <stdio.h>
@@ -9,26 +11,20 @@
 #include <limits>
 #include <memory>
 
-#include <android/log.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <log/log.h>
 
 namespace orvo::camera {
 namespace {
 
-constexpr char kLogTag[] = "ProviderMapper";
 constexpr size_t kMaxDocumentSize = std::numeric_limits<int>::max();  // Of the parser's interface.
 
-using File = std::unique_ptr<FILE, int (*)(FILE*)>;
 using XmlDocument = std::unique_ptr<xmlDoc, void (*)(xmlDoc*)>;
-using XmlString = std::unique_ptr<xmlChar, void (*)(void*)>;
+using XmlString = std::unique_ptr<char, void (*)(void*)>;
 
-const xmlChar* toXml(const char* text) {
-    return reinterpret_cast<const xmlChar*>(text);
-}
-
-const char* toText(const XmlString& string) {
-    return reinterpret_cast<const char*>(string.get());
+XmlString own(xmlChar* string) {
+    return {reinterpret_cast<char*>(string), xmlFree};
 }
 
 // The length of the document in a file: what follows a NUL byte is not part of it. Stops counting
@@ -37,12 +33,10 @@ size_t documentSize(FILE* file) {
     char piece[4096];
     size_t size = 0;
     size_t count;
-    size_t text;
     do {
-        count = fread(piece, 1, sizeof(piece), file);
-        text = strnlen(piece, count);
-        size += text;
-    } while (text == sizeof(piece) && size <= kMaxDocumentSize);
+        count = strnlen(piece, fread(piece, 1, sizeof(piece), file));
+        size += count;
+    } while (count == sizeof(piece) && size <= kMaxDocumentSize);
     return size;
 }
 
@@ -59,22 +53,19 @@ XmlDocument parseDocument(FILE* file, size_t size) {
 
 // Adds an element to the map if it is an entry, or says why it does not.
 void addEntry(xmlNode* node, std::map<std::string, std::vector<std::string>>& map) {
-    if (node->type != XML_ELEMENT_NODE || !xmlStrEqual(node->name, toXml("instance"))) return;
+    if (node->type != XML_ELEMENT_NODE || !xmlStrEqual(node->name, BAD_CAST "instance")) return;
 
-    const XmlString replacement(xmlGetProp(node, toXml("replace")), xmlFree);
-    const XmlString instance(xmlNodeGetContent(node), xmlFree);
+    const XmlString replacement = own(xmlGetProp(node, BAD_CAST "replace"));
+    const XmlString instance = own(xmlNodeGetContent(node));
     if (instance == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                            "Skipping an instance: out of memory while reading it");
+        ALOGE("Skipping an instance: out of memory while reading it");
         return;
     }
     if (replacement == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                            "Skipping instance '%s': it has no \"replace\" attribute",
-                            toText(instance));
+        ALOGE("Skipping instance '%s': it has no \"replace\" attribute", instance.get());
         return;
     }
-    map[toText(instance)].push_back(toText(replacement));
+    map[instance.get()].push_back(replacement.get());
 }
 
 }  // namespace
@@ -85,20 +76,20 @@ bool ProviderMapper::loadMapFromFile(const char* path) {
 }
 
 bool ProviderMapper::loadXml(const char* path) {
-    const File file(fopen(path, "r"), fclose);
+    const std::unique_ptr<FILE, int (*)(FILE*)> file(fopen(path, "r"), fclose);
     if (file == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to open %s", path);
+        ALOGE("Failed to open %s", path);
         return false;
     }
     // A file that opens but cannot be read, such as a directory, counts as empty.
     const size_t size = documentSize(file.get());
     if (size == 0) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to read %s", path);
+        ALOGE("Failed to read %s", path);
         return false;
     }
     const XmlDocument document = parseDocument(file.get(), size);
     if (document == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to parse XML");
+        ALOGE("Failed to parse XML");
         return false;
     }
 
@@ -107,9 +98,8 @@ bool ProviderMapper::loadXml(const char* path) {
 
     for (const auto& [instance, replacements] : mProviderMap) {
         for (const std::string& replacement : replacements) {
-            __android_log_print(ANDROID_LOG_INFO, kLogTag,
-                                "** ORVO Provider map loaded: '%s' -> '%s'", instance.c_str(),
-                                replacement.c_str());
+            ALOGI("** ORVO Provider map loaded: '%s' -> '%s'", instance.c_str(),
+                  replacement.c_str());
         }
     }
     return true;
@@ -118,8 +108,7 @@ bool ProviderMapper::loadXml(const char* path) {
 std::vector<std::string> ProviderMapper::getReplacementProviderNames(const char* name) {
     const auto found = mProviderMap.find(name);
     if (found == mProviderMap.end()) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                            "Failed to find replacement provider for '%s'", name);
+        ALOGE("Failed to find replacement provider for '%s'", name);
         return {};
     }
     return found->second;

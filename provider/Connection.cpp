@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Connects one underlying provider to its descriptor.
 
-#include <android/log.h>
-
+#include "provider/Log.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 
 namespace android::hardware::camera::provider::V2_4::implementation {
@@ -17,7 +16,7 @@ extern "C" ICameraProvider* HIDL_FETCH_ICameraProvider_shim(const char* name,
 bool OrvoCameraServiceImplementation::initializeProviderService(const HALDescriptor* descriptor,
                                                                 const std::string& instanceName) {
     if (descriptor == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Cannot initialize null HALDescriptor");
+        ALOGE("Cannot initialize null HALDescriptor");
         return false;
     }
 
@@ -26,15 +25,13 @@ bool OrvoCameraServiceImplementation::initializeProviderService(const HALDescrip
     // Stored before it is checked on purpose: a failed look-up also drops an earlier connection.
     replaceUnlocked(descriptor->mProvider, provider);
     if (provider == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to get service %s",
-                            instanceName.c_str());
+        ALOGE("Failed to get service %s", instanceName.c_str());
         return false;
     }
 
     const uint64_t cookie = reinterpret_cast<uintptr_t>(descriptor);
     if (!provider->linkToDeath(this, cookie).withDefault(false)) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Could not link to death for %s",
-                            instanceName.c_str());
+        ALOGE("Could not link to death for %s", instanceName.c_str());
         replaceUnlocked(descriptor->mProvider, {});
         return false;
     }
@@ -43,9 +40,7 @@ bool OrvoCameraServiceImplementation::initializeProviderService(const HALDescrip
             HIDL_FETCH_ICameraProvider_shim(descriptor->mName.c_str(), provider.get());
     replaceUnlocked(descriptor->mShim, shim);
     if (shim == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                            "Failed to create QuillCameraProviderShim for %s",
-                            instanceName.c_str());
+        ALOGE("Failed to create QuillCameraProviderShim for %s", instanceName.c_str());
         // Looked at only so that the platform does not end the process over a failure here.
         (void)provider->unlinkToDeath(this).isOk();
         replaceUnlocked(descriptor->mProvider, {});

@@ -2,11 +2,9 @@
 // Tells a person what the provider object holds at the moment: what `lshal debug` prints.
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <sstream>

@@ -3,8 +3,7 @@
 
 #include <utility>
 
-#include <android/log.h>
-
+#include "provider/Log.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 
 namespace android::hardware::camera::provider::V2_4::implementation {
@@ -49,7 +48,7 @@ Return<void> OrvoCameraServiceImplementation::getCameraIdList(getCameraIdList_cb
             names.insert(names.end(), reportedNames.begin(), reportedNames.end());
             if (reported != Status::OK) {
                 status = reported;
-                __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to get camera id list");
+                ALOGE("Failed to get camera id list");
             }
         });
     }
@@ -74,12 +73,10 @@ Return<void> OrvoCameraServiceImplementation::isSetTorchModeSupported(
 Return<void> OrvoCameraServiceImplementation::getCameraDeviceInterface_V1_x(
         const hidl_string& cameraDeviceName, getCameraDeviceInterface_V1_x_cb _hidl_cb) {
     const std::string deviceName = androidDeviceNameToProviderDeviceName(cameraDeviceName);
-    const HALDescriptor* const owner =
-            HALDescriptor::findProviderForAndroidDevice(mHalDescriptors, deviceName);
+    const auto* owner = HALDescriptor::findProviderForAndroidDevice(mHalDescriptors, deviceName);
     if (owner != nullptr) {
         // At error priority, and with the same name twice, on purpose.
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Got camera for %s id = %s",
-                            deviceName.c_str(), deviceName.c_str());
+        ALOGE("Got camera for %s id = %s", deviceName.c_str(), deviceName.c_str());
     }
     return requestDevice(owner, &ICameraProvider::getCameraDeviceInterface_V1_x, deviceName,
                          std::move(_hidl_cb));
@@ -88,14 +85,12 @@ Return<void> OrvoCameraServiceImplementation::getCameraDeviceInterface_V1_x(
 Return<void> OrvoCameraServiceImplementation::getCameraDeviceInterface_V3_x(
         const hidl_string& cameraDeviceName, getCameraDeviceInterface_V3_x_cb _hidl_cb) {
     const std::string deviceName = androidDeviceNameToProviderDeviceName(cameraDeviceName);
-    __android_log_print(ANDROID_LOG_INFO, kLogTag,
-                        "Getting camera device interface for %s camera name %s",
-                        cameraDeviceName.c_str(), deviceName.c_str());
-    const HALDescriptor* const owner =
-            HALDescriptor::findProviderForAndroidDevice(mHalDescriptors, deviceName);
+    ALOGI("Getting camera device interface for %s camera name %s", cameraDeviceName.c_str(),
+          deviceName.c_str());
+    const auto* owner = HALDescriptor::findProviderForAndroidDevice(mHalDescriptors, deviceName);
     if (owner != nullptr) {
-        __android_log_print(ANDROID_LOG_INFO, kLogTag, "Got provider %s for cameraDevice %s",
-                            owner->mName.c_str(), cameraDeviceName.c_str());
+        ALOGI("Got provider %s for cameraDevice %s", owner->mName.c_str(),
+              cameraDeviceName.c_str());
     }
     return requestDevice(owner, &ICameraProvider::getCameraDeviceInterface_V3_x, deviceName,
                          std::move(_hidl_cb));

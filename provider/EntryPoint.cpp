@@ -6,11 +6,9 @@
 #include <string.h>
 
 #include <memory>
-#include <utility>
-
-#include <android/log.h>
 
 #include "mapper/ProviderMapper.h"
+#include "provider/Log.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/service/HardwareServiceInteractionProxy.h"
 
@@ -38,28 +36,22 @@ FetchFunction findMREntry() {
     const MRProviderLock lock;
     if (gMRProviderHandle == nullptr) gMRProviderHandle = dlopen(kMRLibrary, RTLD_NOW);
     if (gMRProviderHandle == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s: DLOPEN failed for %s: %s", kMRLoader,
-                            kMRLibrary, dlerror());
+        ALOGE("%s: DLOPEN failed for %s: %s", kMRLoader, kMRLibrary, dlerror());
         return nullptr;
     }
     const auto entry = reinterpret_cast<FetchFunction>(dlsym(gMRProviderHandle, kMREntrySymbol));
     if (entry == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                            "%s: %s does not have func: HIDL_FETCH_ICameraProvider /n", kMRLoader,
-                            kMRLibrary);
+        ALOGE("%s: %s does not have func: HIDL_FETCH_ICameraProvider /n", kMRLoader, kMRLibrary);
     }
     return entry;
 }
 
-// The MR library's own provider, untouched: its references are that library's affair. Its entry
-// runs without the lock.
+// The MR library's own provider, with its references as they are. Its entry runs without the lock.
 ICameraProvider* fetchMRProvider() {
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "Creating MR provider");
+    ALOGI("Creating MR provider");
     const FetchFunction fetch = findMREntry();
     ICameraProvider* const provider = fetch == nullptr ? nullptr : fetch(kMRInstance);
-    if (provider == nullptr) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Could not create MR provider");
-    }
+    if (provider == nullptr) ALOGE("Could not create MR provider");
     return provider;
 }
 
@@ -67,25 +59,22 @@ ICameraProvider* fetchMRProvider() {
 
 ICameraProvider* HIDL_FETCH_ICameraProvider(const char* name) {
     // A routine line at error priority on purpose: it survives every log filter.
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "HIDL_FETCH_ICameraProvider %s", name);
+    ALOGE("HIDL_FETCH_ICameraProvider %s", name);
     // A prefix on purpose: anything that begins with "default/0" is the MR provider.
     if (strncmp(name, kMRInstance, strlen(kMRInstance)) == 0) return fetchMRProvider();
 
-    auto mapper = std::make_shared<::orvo::camera::ProviderMapper>();
-    auto serviceProxy = std::make_shared<HardwareServiceInteractionProxy>();
-    const sp<OrvoCameraServiceImplementation> implementation =
-            new OrvoCameraServiceImplementation(name, std::move(serviceProxy), std::move(mapper));
+    const sp<OrvoCameraServiceImplementation> implementation = new OrvoCameraServiceImplementation(
+            name, std::make_shared<HardwareServiceInteractionProxy>(),
+            std::make_shared<::orvo::camera::ProviderMapper>());
     if (!implementation->mIsValid) {
-        __android_log_print(ANDROID_LOG_INFO, kLogTag,
-                            "Could not create OrvoCameraServiceImplementation for %s", name);
+        ALOGI("Could not create OrvoCameraServiceImplementation for %s", name);
         return nullptr;
     }
 
     implementation->initialize();
     // For the caller, who gets a bare pointer.
     implementation->incStrong(implementation.get());
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "Returning implementation %p for %s\n",
-                        implementation.get(), name);
+    ALOGI("Returning implementation %p for %s\n", implementation.get(), name);
     return implementation.get();
 }
 

@@ -1,19 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Builds the set of descriptors of the underlying providers and looks them up in it.
 
-#include <android/log.h>
-
+#include "provider/Log.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/DeviceInfo.h"
 
 namespace android::hardware::camera::provider::V2_4::implementation {
-namespace {
-
-// Parts of the texts that log readers search for.
-constexpr int kProviderLookupErrorNumber = 479;
-constexpr int kDeviceNameErrorNumber = 462;
-
-}  // namespace
 
 using HALDescriptor = OrvoCameraServiceImplementation::HALDescriptor;
 
@@ -23,27 +15,20 @@ std::set<HALDescriptor> HALDescriptor::fromProviderNames(
     for (const std::string& instanceName : instanceNames) {
         const std::optional<std::string> type = typeOfInstance(instanceName);
         if (!type.has_value()) {
-            __android_log_print(ANDROID_LOG_ERROR, kLogTag, "FATAL: Invalid provider name %s",
-                                instanceName.c_str());
+            ALOGE("FATAL: Invalid provider name %s", instanceName.c_str());
             shutdown();
         }
-        HALDescriptor descriptor;
-        descriptor.mName = instanceName;
-        descriptor.mType = *type;
-        descriptors.insert(descriptor);
+        descriptors.insert({instanceName, *type, {}, {}});
     }
     return descriptors;
 }
 
 HALDescriptor* HALDescriptor::findByName(const std::set<HALDescriptor>& descriptors,
                                          const std::string& instanceName) {
-    HALDescriptor probe;
-    probe.mName = instanceName;
-    const auto found = descriptors.find(probe);
+    const auto found = descriptors.find({instanceName, {}, {}, {}});
     if (found == descriptors.end()) {
         // Not fatal in spite of its text: every foreign provider of the device ends here once.
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "FATAL(%d): Invalid provider name %s",
-                            kProviderLookupErrorNumber, instanceName.c_str());
+        ALOGE("FATAL(%d): Invalid provider name %s", 479, instanceName.c_str());
         return nullptr;
     }
     return const_cast<HALDescriptor*>(&*found);
@@ -53,20 +38,16 @@ HALDescriptor* HALDescriptor::findProviderForAndroidDevice(
         const std::set<HALDescriptor>& descriptors, const std::string& providerDeviceName) {
     DeviceNameParts parts;
     if (!splitDeviceName(providerDeviceName, parts)) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "FATAL(%d): Invalid device name %s",
-                            kDeviceNameErrorNumber, providerDeviceName.c_str());
+        ALOGE("FATAL(%d): Invalid device name %s", 462, providerDeviceName.c_str());
         shutdown();
     }
     // Always number 0: a device name does not say which instance of its type reported it.
-    return findByName(descriptors, std::string(parts.type).append("/0"));
+    return findByName(descriptors, std::string(parts.type) + "/0");
 }
 
 sp<ICameraProvider> HALDescriptor::shimTo(const char* purpose) const {
     const sp<ICameraProvider> shim = mShim.promote();
-    if (shim == nullptr) {
-        __android_log_print(ANDROID_LOG_WARN, kLogTag, "No shim to %s %s, skipping it", purpose,
-                            mName.c_str());
-    }
+    if (shim == nullptr) ALOGW("No shim to %s %s, skipping it", purpose, mName.c_str());
     return shim;
 }
 

@@ -25,9 +25,6 @@ namespace android::hardware::camera::provider::V2_4::implementation {
 
 struct DeviceNameParts;
 
-/** The tag of every line that the provider object and its file-scope functions log. */
-inline constexpr char kLogTag[] = "OrvoCameraServiceImpl";
-
 /**
  * Presents the cameras of the underlying providers that the replacement map names for one instance
  * as the cameras of one provider. The framework calls it as ICameraProvider, every underlying
@@ -135,7 +132,7 @@ class OrvoCameraServiceImplementation : public ICameraProvider,
     /** The one fatal exit: says so, waits a second, ends the process with status 1. Any thread. */
     [[noreturn]] static void shutdown();
 
-    bool mIsValid;
+    bool mIsValid = true;
     std::shared_ptr<::orvo::camera::IProviderMapper> mProviderMapper;
     std::shared_ptr<ServiceInteractionProxy> mServiceProxy;
     /** The framework's. Replaced with replaceUnlocked() by setCallback only; copied to be used. */

@@ -5,8 +5,7 @@
 #include <thread>
 #include <utility>
 
-#include <android/log.h>
-
+#include "provider/Log.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/CameraIdProperty.h"
 #include "provider/naming/DeviceInfo.h"
@@ -55,9 +54,8 @@ size_t tellGone(const std::vector<hidl_string>& removed, sp<ICameraProviderCallb
         if (result.isOk()) {
             ++notified;
         } else {
-            __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                                "Failed to notify camera service about %s: %s", name.c_str(),
-                                result.description().c_str());
+            ALOGE("Failed to notify camera service about %s: %s", name.c_str(),
+                  result.description().c_str());
         }
     }
     return notified;
@@ -65,8 +63,7 @@ size_t tellGone(const std::vector<hidl_string>& removed, sp<ICameraProviderCallb
 
 // The body of a reconnection thread. It holds no reference to the object, whose owner keeps it
 // alive for as long as the process serves cameras; a reference taken here could be the last one,
-// and would destroy the object on this thread. The cameras come back when the provider reports
-// them.
+// and would destroy the object on this thread. The cameras come back by the provider's reports.
 void reconnect(OrvoCameraServiceImplementation* object, const std::string& instanceName,
                const HALDescriptor* descriptor) {
     for (int attempt = 1; attempt <= kReconnectAttempts; ++attempt) {
@@ -76,28 +73,22 @@ void reconnect(OrvoCameraServiceImplementation* object, const std::string& insta
         // Only the transport counts: a provider that answers with an error status is registered.
         if (shim == nullptr || !shim->setCallback(object).isOk()) continue;
 
-        __android_log_print(ANDROID_LOG_INFO, kLogTag,
-                            "Successfully reinitialized provider %s (attempt %d)",
-                            instanceName.c_str(), attempt);
+        ALOGI("Successfully reinitialized provider %s (attempt %d)", instanceName.c_str(), attempt);
         return;
     }
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to reconnect to %s after %d attempts",
-                        instanceName.c_str(), kReconnectAttempts);
+    ALOGE("Failed to reconnect to %s after %d attempts", instanceName.c_str(), kReconnectAttempts);
 }
 
 }  // namespace
 
 void OrvoCameraServiceImplementation::serviceDied(uint64_t cookie, const wp<IBase>& /* who */) {
     if (cookie == 0) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "%s: serviceDied with null cookie",
-                            "serviceDied");
+        ALOGE("%s: serviceDied with null cookie", "serviceDied");
         return;
     }
-    const auto* const descriptor =
-            reinterpret_cast<const HALDescriptor*>(static_cast<uintptr_t>(cookie));
+    const auto* const descriptor = reinterpret_cast<const HALDescriptor*>(cookie);
     const std::string instanceName = descriptor->mName;
-    __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Camera provider %s has died",
-                        instanceName.c_str());
+    ALOGE("Camera provider %s has died", instanceName.c_str());
 
     // The shim stays as it is, in front of a dead service, until a reconnection replaces it.
     if (const sp<ICameraProvider> provider = descriptor->mProvider; provider != nullptr) {
@@ -115,8 +106,7 @@ size_t OrvoCameraServiceImplementation::removeAndNotifyDevicesByProviderName(
     // By type alone on purpose: which instance of it reported a device is not known.
     const std::optional<std::string> type = typeOfInstance(instanceName);
     if (!type.has_value()) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                            "Invalid provider name format (missing '/'): %s", instanceName.c_str());
+        ALOGE("Invalid provider name format (missing '/'): %s", instanceName.c_str());
         return 0;
     }
 
@@ -125,9 +115,8 @@ size_t OrvoCameraServiceImplementation::removeAndNotifyDevicesByProviderName(
     if (removed.empty() || callback == nullptr) return 0;
 
     const size_t notified = tellGone(removed, std::move(callback), *this);
-    __android_log_print(ANDROID_LOG_INFO, kLogTag,
-                        "Notified framework about %zu/%zu devices from dead provider %s", notified,
-                        removed.size(), type->c_str());
+    ALOGI("Notified framework about %zu/%zu devices from dead provider %s", notified,
+          removed.size(), type->c_str());
     return notified;
 }
 

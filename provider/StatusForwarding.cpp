@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Stands between the underlying providers' notifications and the framework's callback.
 
-#include <android/log.h>
-
+#include "provider/Log.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/CameraIdProperty.h"
 #include "provider/naming/DeviceInfo.h"
@@ -12,18 +11,6 @@ namespace android::hardware::camera::provider::V2_4::implementation {
 using common::V1_0::CameraDeviceStatus;
 using common::V1_0::Status;
 using common::V1_0::TorchModeStatus;
-
-namespace {
-
-// Parts of the texts that log readers search for.
-constexpr int kDeviceStatusDroppedNumber = 358;
-constexpr int kTorchStatusDroppedNumber = 375;
-
-void logDropped(const char* method, int number) {
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "%s:%d No callback registered", method, number);
-}
-
-}  // namespace
 
 Return<Status> OrvoCameraServiceImplementation::setCallback(
         const sp<ICameraProviderCallback>& callback) {
@@ -38,7 +25,7 @@ Return<Status> OrvoCameraServiceImplementation::setCallback(
         const bool registered = shim->setCallback(this).isOk();
         shim.clear();
         if (!registered) {
-            __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to set callback");
+            ALOGE("Failed to set callback");
             return Status::INTERNAL_ERROR;
         }
     }
@@ -49,18 +36,14 @@ Return<void> OrvoCameraServiceImplementation::cameraDeviceStatusChange(
         const hidl_string& cameraDeviceName, CameraDeviceStatus newStatus) {
     const std::string providerDeviceName = cameraDeviceName;
     // Two words for three states on purpose: ENUMERATING is logged as NOT_PRESENT.
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "Got camera status change for %s and status %s",
-                        providerDeviceName.c_str(),
-                        newStatus == CameraDeviceStatus::PRESENT ? "PRESENT" : "NOT_PRESENT");
+    ALOGI("Got camera status change for %s and status %s", providerDeviceName.c_str(),
+          newStatus == CameraDeviceStatus::PRESENT ? "PRESENT" : "NOT_PRESENT");
     DeviceNameParts parts;
     const bool parsed = splitDeviceName(providerDeviceName, parts);
     const std::string androidDeviceName =
             providerDeviceNameToAndroidDeviceName(providerDeviceName, parts);
-    if (!parsed) {
-        // And it goes on with an empty type and an empty id.
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag, "Failed to parse device name %s",
-                            providerDeviceName.c_str());
-    }
+    // Then it goes on with an empty type and an empty id.
+    if (!parsed) ALOGE("Failed to parse device name %s", providerDeviceName.c_str());
 
     {
         const std::lock_guard<std::mutex> lock(mActiveDevicesMutex);
@@ -72,14 +55,13 @@ Return<void> OrvoCameraServiceImplementation::cameraDeviceStatusChange(
             appendCameraIdToSystemProperty(parts.type, parts.id);
         }
         for (const auto& [key, value] : mActiveDevices) {
-            __android_log_print(ANDROID_LOG_INFO, kLogTag, "mActiveDevices Key: %s, Value: %s",
-                                key.c_str(), value.c_str());
+            ALOGI("mActiveDevices Key: %s, Value: %s", key.c_str(), value.c_str());
         }
     }
 
     const sp<ICameraProviderCallback> callback = mCallback;
     if (callback == nullptr) {
-        logDropped("cameraDeviceStatusChange", kDeviceStatusDroppedNumber);
+        ALOGW("%s:%d No callback registered", __func__, 358);
         return Void();
     }
     return callback->cameraDeviceStatusChange(androidDeviceName, newStatus);
@@ -87,13 +69,12 @@ Return<void> OrvoCameraServiceImplementation::cameraDeviceStatusChange(
 
 Return<void> OrvoCameraServiceImplementation::torchModeStatusChange(
         const hidl_string& cameraDeviceName, TorchModeStatus newStatus) {
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "Torchmode changed  for %s",
-                        cameraDeviceName.c_str());
+    ALOGI("Torchmode changed  for %s", cameraDeviceName.c_str());
     const std::string androidDeviceName = providerDeviceNameToAndroidDeviceName(cameraDeviceName);
 
     const sp<ICameraProviderCallback> callback = mCallback;
     if (callback == nullptr) {
-        logDropped("torchModeStatusChange", kTorchStatusDroppedNumber);
+        ALOGW("%s:%d No callback registered", __func__, 375);
         return Void();
     }
     return callback->torchModeStatusChange(androidDeviceName, newStatus);

@@ -6,8 +6,8 @@
 namespace android::hardware::camera::provider::V2_4::implementation {
 
 // The lists are data, not a numbering: their repeated and out-of-sequence ids are meant to be so.
-// Defined before gDeviceMap in the same file, so that it is built first and destroyed last. Local
-// to the file: no build of it gives another module this name, whatever is exported.
+// Before gDeviceMap in the same file, so that it is built first and destroyed last. Static, so that
+// no build of it gives another module this name, whatever is exported.
 static DeviceMap gDefaultDeviceMap = {
         {"legacy/0", {"0", "1", "10", "51", "12", "5", "6", "7", "8", "9", "10", "11"}},
         {"external/0", {"0", "91", "2", "3", "4", "32"}},

@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Translates device names between the underlying providers and the framework.
 
-#include <android/log.h>
-
+#include "provider/Log.h"
 #include "provider/OrvoCameraServiceImplementation.h"
 #include "provider/naming/DeviceInfo.h"
 
@@ -19,13 +18,10 @@ std::string OrvoCameraServiceImplementation::providerDeviceNameToAndroidDeviceNa
 
 std::string OrvoCameraServiceImplementation::providerDeviceNameToAndroidDeviceName(
         const std::string& providerDeviceName, const DeviceNameParts& parts) {
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "providerDeviceNameToAndroidDeviceName %s",
-                        providerDeviceName.c_str());
+    ALOGI("providerDeviceNameToAndroidDeviceName %s", providerDeviceName.c_str());
     if (providerDeviceName.empty()) {
-        __android_log_print(
-                ANDROID_LOG_ERROR, kLogTag,
-                "FATAL: Failed to find replacement provider for %s. Name can't be empty.",
-                mProviderName.c_str());
+        ALOGE("FATAL: Failed to find replacement provider for %s. Name can't be empty.",
+              mProviderName.c_str());
         shutdown();
     }
     std::string name(parts.prefix);
@@ -39,10 +35,9 @@ std::string OrvoCameraServiceImplementation::androidDeviceNameToProviderDeviceNa
     DeviceNameParts parts;
     if (!splitDeviceName(androidDeviceName, parts) || parts.prefix.empty() ||
         parts.version.empty() || parts.type.empty() || parts.id.empty()) {
-        __android_log_print(ANDROID_LOG_ERROR, kLogTag,
-                            "WARNING: Failed to parse device name %s. Android frameworkwill likely "
-                            "fail to recognize this camera",
-                            androidDeviceName.c_str());
+        ALOGE("WARNING: Failed to parse device name %s. Android frameworkwill likely "
+              "fail to recognize this camera",
+              androidDeviceName.c_str());
         return androidDeviceName;
     }
 

@@ -9,7 +9,6 @@
 namespace android::hardware::camera::provider::V2_4::implementation {
 
 using ::android::hidl::manager::V1_0::IServiceNotification;
-using ServiceManager = ::android::hidl::manager::V1_2::IServiceManager;
 
 bool HardwareServiceInteractionProxy::registerForNotifications(
         const std::string& instanceName, const sp<IServiceNotification>& notification) {
@@ -22,7 +21,7 @@ sp<ICameraProvider> HardwareServiceInteractionProxy::getService(const std::strin
 
 hidl_vec<hidl_string> HardwareServiceInteractionProxy::listServices() {
     hidl_vec<hidl_string> names;
-    const sp<ServiceManager> manager = defaultServiceManager1_2();
+    const auto manager = defaultServiceManager1_2();
     if (manager == nullptr) return names;
 
     const Return<void> listed = manager->listManifestByInterface(

@@ -40,6 +40,10 @@ done
 
 clang-format --dry-run -Werror "${sources[@]}" || complain "run: clang-format -i on the files above"
 
+# Headers under host/*/include are the platform's, and include what a device's do.
+git ls-files --cached --others --exclude-standard '*.cpp' '*.h' ':!host/*/include/*' | xargs tools/check-includes.py ||
+    complain "remove the includes above"
+
 # Trailing blanks and tabs, where they mean nothing.
 if git grep -nIE '[[:blank:]]+$' -- '*.cpp' '*.h' '*.cmake' '*CMakeLists.txt' '*.md' '*.yaml' '*.hal' '*.sh'; then
     complain "remove the trailing blanks above"

@@ -7,7 +7,6 @@
 #include <mutex>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include <android/hardware/camera/provider/2.4/ICameraProvider.h>

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <utility>
 
 #include "benchmarks/fakes/Surroundings.h"

@@ -7,6 +7,7 @@
 #include <string.h>
 
 #include <utility>
+#include <vector>
 
 #include <android/hardware/camera/provider/2.4/BnHwCameraProvider.h>
 #include <android/hardware/camera/provider/2.4/BnHwCameraProviderCallback.h>

@@ -6,8 +6,6 @@
 #include <array>
 #include <cstdint>
 #include <optional>
-#include <string>
-#include <utility>
 #include <vector>
 
 #include <vendor/orvo/simulator/1.0/types.h>

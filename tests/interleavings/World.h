@@ -2,7 +2,6 @@
 // Everything around the provider object in one run: who it calls, who calls it, and what is left.
 #pragma once
 
-#include <array>
 #include <map>
 #include <memory>
 #include <string>

@@ -6,10 +6,8 @@
 
 #include <algorithm>
 #include <chrono>
-#include <functional>
 #include <thread>
 #include <type_traits>
-#include <utility>
 
 #include "provider/naming/DeviceMap.h"
 #include "tests/support/Departing.h"

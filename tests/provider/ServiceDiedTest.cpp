@@ -2,6 +2,7 @@
 // The death of an underlying provider: the dropped connection and the withdrawn cameras.
 
 #include <system_error>
+#include <thread>
 
 #include "tests/support/FailingThreads.h"
 #include "tests/support/Fault.h"

@@ -11,7 +11,6 @@
 #include <random>
 #include <set>
 #include <string>
-#include <vector>
 
 #include "simulator/camerasim/inside/Programs.h"
 #include "simulator/framework/FrameworkClient.h"

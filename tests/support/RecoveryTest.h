@@ -2,10 +2,8 @@
 // The fixture of tests in which providers die: it keeps the reconnection threads in hand.
 #pragma once
 
-#include <atomic>
 #include <map>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "tests/support/Gate.h"

@@ -9,7 +9,6 @@
 #include <chrono>
 #include <map>
 #include <string>
-#include <vector>
 
 #include <android-base/result.h>
 

@@ -5,7 +5,6 @@
 
 #include <functional>
 #include <string>
-#include <vector>
 
 #include <orvo/test/kinds/1.1/IKinds.h>
 

@@ -40,9 +40,8 @@ size_t documentSize(FILE* file) {
     return size;
 }
 
-// Null when the file's first `size` bytes are not a document. The parser keeps its defaults: it
-// substitutes no entity, loads no external one and no DTD, so it never reaches for the network or
-// for another file.
+// Null when the file's first `size` bytes are not a document. The parser's defaults substitute no
+// entity and load neither an external one nor a DTD, so it reaches for no other file or network.
 XmlDocument parseDocument(FILE* file, size_t size) {
     if (size > kMaxDocumentSize) return {nullptr, xmlFreeDoc};
     std::string text(size, '\0');

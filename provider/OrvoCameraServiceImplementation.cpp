@@ -64,8 +64,7 @@ bool OrvoCameraServiceImplementation::initialize() {
         if (descriptor == nullptr) continue;
 
         ALOGI("Found replacement provider %s for %s", instanceName.c_str(), mProviderName.c_str());
-        const bool connected = initializeProviderService(descriptor, instanceName);
-        if (connected && instanceName == "external/0") {
+        if (initializeProviderService(descriptor, instanceName) && instanceName == "external/0") {
             property_set(kExternalProviderAddedProperty, "1");
         }
     }

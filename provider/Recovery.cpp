@@ -24,9 +24,8 @@ constexpr std::chrono::milliseconds kReconnectPause(500);  // Before every attem
 std::vector<hidl_string> takeOut(const std::string& type, OrvoCameraServiceImplementation& object) {
     std::vector<hidl_string> removed;
     const std::lock_guard<std::mutex> lock(object.mActiveDevicesMutex);
-    auto& devices = object.mActiveDevices;
-    removed.reserve(devices.size());
-    for (auto entry = devices.begin(); entry != devices.end();) {
+    removed.reserve(object.mActiveDevices.size());
+    for (auto entry = object.mActiveDevices.begin(); entry != object.mActiveDevices.end();) {
         DeviceNameParts parts;
         if (!splitDeviceName(entry->second, parts) || parts.type != type) {
             ++entry;
@@ -34,7 +33,7 @@ std::vector<hidl_string> takeOut(const std::string& type, OrvoCameraServiceImple
         }
         removed.emplace_back(entry->first);
         removeCameraIdFromSystemProperty(parts.type, parts.id);
-        entry = devices.erase(entry);
+        entry = object.mActiveDevices.erase(entry);
     }
     return removed;
 }

@@ -26,8 +26,7 @@ Return<void> OrvoCameraServiceImplementation::getVendorTags(getVendorTags_cb _hi
             unconnected.insert(&descriptor);
             continue;
         }
-        // The result is discarded unexamined on purpose: a provider that vanishes in the middle of
-        // its answer ends the process by the platform's rule, and it starts afresh.
+        // Its result is discarded unexamined on purpose, as that of getCameraIdList().
         provider->getVendorTags([&answers](Status status, const auto& sections) {
             answers.sections.insert(answers.sections.end(), sections.begin(), sections.end());
             answers.slots.push_back(sections.size());

@@ -30,10 +30,7 @@ struct DeviceInfo {
  */
 bool splitDeviceName(std::string_view name, DeviceNameParts& parts);
 
-/**
- * The same with copies, for tools that keep them. The provider object never does; with copies,
- * looking a camera up would cost it a third more.
- */
+/** The same with copies, for tools; they would make looking a camera up a third dearer. */
 bool parseDeviceString(const std::string& name, DeviceInfo& info);
 
 /** The type of a provider instance, "legacy" of "legacy/0"; nothing if the name has no "/". */

@@ -9,8 +9,7 @@ namespace android::hardware::camera::provider::V2_4::implementation {
 
 std::string OrvoCameraServiceImplementation::providerDeviceNameToAndroidDeviceName(
         const std::string& providerDeviceName) {
-    // The result does not matter: a name that does not parse still gets a framework name, made of
-    // whatever parts it has.
+    // A name that does not parse gets a framework name, too, of whatever parts it has.
     DeviceNameParts parts;
     splitDeviceName(providerDeviceName, parts);
     return providerDeviceNameToAndroidDeviceName(providerDeviceName, parts);

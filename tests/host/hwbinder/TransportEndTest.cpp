@@ -55,6 +55,7 @@ void usePool() {
 
 TEST(TransportEndTest, LeavesNoThread) {
     alone([] {
+        std::thread([] {}).join();  // with the first one, a sanitizer starts one of its own
         const size_t before = threads();
         usePool();
         PeerProcess process;
@@ -62,11 +63,11 @@ TEST(TransportEndTest, LeavesNoThread) {
         EXPECT_EQ(1, peer->callBack(new RecordingCallback, 1).withDefault(0));
         EXPECT_GE(threads(), 3u) << "one of the pool and the event loop's";
         endTransport();
-        // One that was joined is still seen for a moment; a sanitizer may have one of its own.
-        for (int looks = 0; looks < 1000 && threads() != before; looks++) {
+        // One that was joined is still seen for a moment.
+        for (int looks = 0; looks < 1000 && threads() > before; looks++) {
             std::this_thread::sleep_for(1ms);
         }
-        EXPECT_EQ(before, threads());
+        EXPECT_LE(threads(), before);
     });
 }
 

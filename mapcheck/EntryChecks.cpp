@@ -82,7 +82,7 @@ class Checker {
 
     // Without a manifest everything is.
     bool isDeclared(const std::string& name) const {
-        return mSurroundings.manifest == nullptr || mSurroundings.manifest->declares(name);
+        return !mSurroundings.declared || mSurroundings.declared->count(name) != 0;
     }
 
     void checkDeclared(const MapEntry& entry, const std::string& name, const std::string& what) {

@@ -2,10 +2,12 @@
 // What can be said about the entries of a map from one another and from the device around them.
 #pragma once
 
+#include <optional>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "mapcheck/Finding.h"
-#include "mapcheck/Manifest.h"
 #include "mapcheck/MapFile.h"
 #include "mapcheck/Providers.h"
 
@@ -13,7 +15,8 @@ namespace orvo::mapcheck {
 
 /** What is known about the device that the map is for. */
 struct Surroundings {
-    const Manifest* manifest = nullptr;  ///< Null if it was not given.
+    /** The instances that its manifest declares; nothing if no manifest was given. */
+    std::optional<std::set<std::string>> declared;
     Providers providers;
 };
 

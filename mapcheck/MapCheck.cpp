@@ -6,10 +6,11 @@
 #include <stdio.h>
 
 #include <algorithm>
+#include <set>
 
+#include "host/vintf/VintfManifest.h"
 #include "mapcheck/EntryChecks.h"
 #include "mapcheck/Finding.h"
-#include "mapcheck/Manifest.h"
 #include "mapcheck/MapFile.h"
 #include "mapcheck/Report.h"
 
@@ -21,15 +22,23 @@ void append(const Findings& findings, std::vector<Finding>* all) {
     all->insert(all->end(), sorted.begin(), sorted.end());
 }
 
-// One manifest from all files; false when one of them is of no use.
-bool readManifests(const std::vector<std::string>& files, Manifest* manifest,
+constexpr char kCameraProvider[] = "android.hardware.camera.provider@2.4::ICameraProvider";
+
+// What the manifests declare together; false when one of them is of no use.
+bool readManifests(const std::vector<std::string>& files, std::set<std::string>* declared,
                    std::vector<Finding>* all) {
+    VintfManifest manifest;
     bool usable = true;
     for (const std::string& file : files) {
         Findings findings(file);
-        usable = manifest->addFile(file, &findings) && usable;
+        for (const ManifestMistake& mistake : manifest.addFile(file)) {
+            findings.error(mistake.line, mistake.code, mistake.message);
+        }
+        usable = findings.empty() && usable;
         append(findings, all);
     }
+    const std::vector<std::string> instances = manifest.instancesOf(kCameraProvider);
+    declared->insert(instances.begin(), instances.end());
     return usable;
 }
 
@@ -43,12 +52,12 @@ int checkMap(const std::string& file, const Surroundings& surroundings, std::vec
 }
 
 int checkAll(const Options& options, std::vector<Finding>* all) {
-    Manifest manifest;
+    std::set<std::string> declared;
     // Without all of it, declared instances would be taken for undeclared ones.
-    if (!readManifests(options.manifests, &manifest, all)) return UNUSABLE;
+    if (!readManifests(options.manifests, &declared, all)) return UNUSABLE;
 
     Surroundings surroundings;
-    if (!options.manifests.empty()) surroundings.manifest = &manifest;
+    if (!options.manifests.empty()) surroundings.declared = declared;
     surroundings.providers = options.providers;
     int status = CLEAN;
     for (const std::string& file : options.files) {

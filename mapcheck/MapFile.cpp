@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "mapcheck/XmlFile.h"
+#include "host/vintf/XmlFile.h"
 
 namespace orvo::mapcheck {
 namespace {

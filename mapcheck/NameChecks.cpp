@@ -9,8 +9,8 @@
 
 #include <optional>
 
+#include "host/vintf/XmlFile.h"
 #include "mapcheck/Utf8.h"
-#include "mapcheck/XmlFile.h"
 #include "provider/naming/DeviceInfo.h"
 
 namespace orvo::mapcheck {

@@ -13,7 +13,7 @@ packages=libc6-dev,libstdc++-12-dev
 packages+=,android-libbase-dev,android-libcutils-dev,android-liblog-dev,android-libutils-dev
 packages+=,android-platform-system-core-headers
 packages+=,libarchive-dev,libbenchmark-dev,libcapnp-dev,libcli11-dev,libfmt-dev,libgmock-dev,libgtest-dev
-packages+=,liblmdb-dev,libpugixml-dev,libxml2-dev,libyaml-cpp-dev,nlohmann-json3-dev
+packages+=,liblmdb-dev,libxml2-dev,libyaml-cpp-dev,nlohmann-json3-dev
 
 # A list that has changed asks for another tree.
 stamp="$directory/.packages"

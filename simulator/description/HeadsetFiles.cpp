@@ -9,20 +9,28 @@
 
 #include <android-base/strings.h>
 
-#include <VintfManifest.h>
+#include "host/vintf/VintfManifest.h"
 
 namespace orvo::simulator {
 
 using android::base::Error;
 using android::base::Result;
-using android::base::unexpected;
 
 namespace {
 
 constexpr char kCameraProvider[] = "android.hardware.camera.provider@2.4::ICameraProvider";
+constexpr char kMrInstance[] = "default/0";
 
 bool contains(const std::vector<std::string>& all, const std::string& one) {
     return std::find(all.begin(), all.end(), one) != all.end();
+}
+
+/** The library serves names that begin with the MR provider's without a look at the map. */
+bool asksTheMap(const HeadsetDescription& description) {
+    const auto& served = description.serviceInstances;
+    return std::any_of(served.begin(), served.end(), [](const std::string& instance) {
+        return !android::base::StartsWith(instance, kMrInstance);
+    });
 }
 
 }  // namespace
@@ -31,15 +39,13 @@ Result<HeadsetFiles> HeadsetFiles::read(const HeadsetDescription& description) {
     HeadsetFiles files;
     files.mDescription = description;
     orvo::VintfManifest manifest;
-    const auto added = manifest.addDirectory(description.vendorTree() + "/etc/vintf");
-    if (!added) return unexpected(added.error());
+    const auto mistakes = manifest.addDirectory(description.vendorTree() + "/etc/vintf");
+    if (!mistakes.empty()) return Error() << mistakes.front().toText();
     const std::vector<std::string> declared = manifest.instancesOf(kCameraProvider);
     files.mDeclared = {declared.begin(), declared.end()};
     const std::string mapFile = description.vendorTree() + "/etc/orvo_vendor_manifest.xml";
-    if (access(mapFile.c_str(), F_OK) == 0) {
-        auto map = ProviderMap::read(mapFile);
-        if (!map) return unexpected(map.error());
-        files.mMap = *map;
+    if (asksTheMap(description) || access(mapFile.c_str(), F_OK) == 0) {
+        files.mMap = ProviderMap::read(mapFile);
     }
     for (const std::string& instance : description.serviceInstances) files.addInstance(instance);
     for (const ProviderProgram& program : description.providers) {

@@ -18,10 +18,10 @@ namespace orvo::simulator {
 class HeadsetFiles {
   public:
     /**
-     * Reads the manifest and the map of the description's vendor tree. A map that is not there
-     * puts nothing behind anything.
+     * Reads the manifest and the map of the description's vendor tree. A map that the library
+     * cannot read puts nothing behind anything.
      *
-     * @return an error, one line, if one of them is malformed.
+     * @return an error, one line, if the manifest is malformed: nothing would boot.
      */
     static android::base::Result<HeadsetFiles> read(const HeadsetDescription& description);
 
@@ -44,6 +44,9 @@ class HeadsetFiles {
     }
     /** Whether the map puts anything behind it. */
     bool hasOthersBehind(const std::string& instance) const;
+
+    /** What the library's reader complains of in the map, one line each. */
+    const std::vector<std::string>& warnings() const { return mMap.warnings(); }
 
   private:
     void addInstance(const std::string& instance);

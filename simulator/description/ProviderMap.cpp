@@ -1,53 +1,36 @@
 // SPDX-License-Identifier: Apache-2.0
-// ProviderMap: the children <instance replace="external/0">legacy/0</instance> of the root.
+// ProviderMap: the library's reader, with its ears and its log held.
 
 #include "simulator/description/ProviderMap.h"
 
-#include <algorithm>
-#include <cstring>
-#include <fstream>
 #include <set>
-#include <sstream>
 
-#include <pugixml.hpp>
+#include <android/log.h>
+
+#include "host/log/ProgramLog.h"
+#include "host/vintf/XmlFile.h"
+#include "mapper/ProviderMapper.h"
+#include "simulator/description/OneLine.h"
 
 namespace orvo::simulator {
 
-using android::base::Error;
-using android::base::Result;
+ProviderMap ProviderMap::read(const std::string& file) {
+    camera::ProviderMapper mapper;
+    const XmlErrors errors;  // else the parser prints them
+    const KeptLog log;
+    mapper.loadMapFromFile(file.c_str());
 
-namespace {
-
-size_t lineAt(const std::string& text, ptrdiff_t offset) {
-    const auto end = text.begin() + std::clamp<ptrdiff_t>(offset, 0, text.size());
-    return std::count(text.begin(), end, '\n') + 1;
-}
-
-}  // namespace
-
-Result<ProviderMap> ProviderMap::read(const std::string& file) {
-    std::ifstream stream(file);
-    std::ostringstream content;
-    if (!stream || !(content << stream.rdbuf())) {
-        return Error() << file << ": cannot be read (" << strerror(errno)
-                       << "); add the provider map to the vendor tree";
-    }
-    const std::string text = content.str();
-    pugi::xml_document document;
-    const auto parsed = document.load_buffer(text.data(), text.size());
-    if (!parsed) {
-        return Error() << file << ":" << lineAt(text, parsed.offset) << ": is not XML ("
-                       << parsed.description() << "); correct the line";
-    }
     ProviderMap map;
-    for (const pugi::xml_node& node : document.document_element().children("instance")) {
-        const std::string where = file + ":" + std::to_string(lineAt(text, node.offset_debug()));
-        const pugi::xml_attribute replace = node.attribute("replace");
-        if (!replace) {
-            return Error() << where << ": an instance has no 'replace'; name the provider that"
-                           << " stands behind it";
-        }
-        map.mEntries.emplace_back(node.text().get(), replace.value());
+    for (const auto& [instance, names] : mapper.mProviderMap) {
+        for (const std::string& name : names) map.mEntries.emplace_back(instance, name);
+    }
+    std::string where = file + ": ";
+    if (const auto& mistake = errors.first()) {
+        where = file + ":" + std::to_string(mistake->line) + ": " + mistake->message + "; ";
+    }
+    for (const LoggedLine& line : log.lines()) {
+        if (line.priority < ANDROID_LOG_WARN) continue;
+        map.mWarnings.push_back(onOneLine(where + "the reader says '" + line.message + "'"));
     }
     return map;
 }

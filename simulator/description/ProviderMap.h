@@ -7,29 +7,29 @@
 #include <utility>
 #include <vector>
 
-#include <android-base/result.h>
-
 namespace orvo::simulator {
 
 /**
- * The map file of a device directory, as a person wrote it.
- *
- * Read here apart from the provider library's own reader, so that what the library makes of the
- * file can be compared with it.
+ * The map file of a device directory as the provider library's own reader takes it: what a device
+ * would boot with, mistakes included.
  */
 class ProviderMap {
   public:
-    /** An error, one line, if the file is missing or malformed or an entry lacks its attribute. */
-    static android::base::Result<ProviderMap> read(const std::string& file);
+    /** Prints nothing. A file that the reader refuses makes an empty map, with a warning. */
+    static ProviderMap read(const std::string& file);
 
     /** The names behind the instance, sorted, each once: the order in which they are asked. */
     std::vector<std::string> behind(const std::string& instance) const;
 
-    /** Every entry in the order of the file: the instance, what stands behind it. */
+    /** Every entry, sorted by instance: the instance, what stands behind it. */
     const std::vector<std::pair<std::string, std::string>>& entries() const { return mEntries; }
+
+    /** What the reader complained of: "<file>:<line>: <why>; the reader says '<log line>'". */
+    const std::vector<std::string>& warnings() const { return mWarnings; }
 
   private:
     std::vector<std::pair<std::string, std::string>> mEntries;  ///< instance, what replaces it
+    std::vector<std::string> mWarnings;
 };
 
 }  // namespace orvo::simulator

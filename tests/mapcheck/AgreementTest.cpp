@@ -208,7 +208,7 @@ TEST_F(AgreementTest, AValueWithBlanksOrCommasConnectsNoneOfItsProviders) {
 
 TEST_F(AgreementTest, AnUndeclaredProviderIsNeverConnected) {
     const std::string manifest = mDirectory.write("manifest.xml", R"(<manifest version="1.0">
-        <hal><name>android.hardware.camera.provider</name>
+        <hal><name>android.hardware.camera.provider</name><transport>hwbinder</transport>
         <fqname>@2.4::ICameraProvider/legacy/0</fqname>
         <fqname>@2.4::ICameraProvider/external/0</fqname></hal></manifest>)");
     EXPECT_THAT(check(entry("external/0") + entry("virtual/0"), {"--manifest", manifest}),

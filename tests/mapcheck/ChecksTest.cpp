@@ -210,7 +210,7 @@ TEST_F(ChecksTest, AManifestThatDeclaresEverythingLeavesTheMapClean) {
 
 TEST_F(ChecksTest, FragmentsOfAManifestAddUpAndMayUseFqnames) {
     const std::string fragment = mDirectory.write("fragment.xml", R"(<manifest version="2.0">
-        <hal><name>android.hardware.camera.provider</name>
+        <hal><name>android.hardware.camera.provider</name><transport>hwbinder</transport>
             <fqname>@2.4::ICameraProvider/external/0</fqname>
             <fqname> @2.5::ICameraProvider/virtual/0 </fqname></hal></manifest>)");
     expectClean(mapOf(entry("external/0") + entry("virtual/0")),
@@ -219,17 +219,18 @@ TEST_F(ChecksTest, FragmentsOfAManifestAddUpAndMayUseFqnames) {
 
 TEST_F(ChecksTest, OtherInterfacesAndVersionsDeclareNothing) {
     const std::string other = mDirectory.write("other.xml", R"(<manifest version="2.0">
-        <hal format="hidl"><name>android.hardware.camera.provider</name><version>2.3</version>
-            <version>3.4</version>
+        <hal format="hidl"><name>android.hardware.camera.provider</name>
+            <transport>hwbinder</transport><version>2.3</version><version>3.4</version>
             <interface><name>ICameraProvider</name><instance>external/0</instance></interface>
             <fqname>@2.3::ICameraProvider/external/0</fqname>
-            <fqname>@2.4::IOther/external/0</fqname><fqname>ICameraProvider/external/0</fqname>
-            <fqname>::ICameraProvider/external/0</fqname></hal>
-        <hal format="hidl"><name>vendor.other</name><version>2.4</version>
+            <fqname>@2.4::IOther/external/0</fqname></hal>
+        <hal format="hidl"><name>vendor.other</name><transport>hwbinder</transport>
+            <version>2.4</version>
             <interface><name>ICameraProvider</name><instance>external/0</instance></interface></hal>
         <hal format="aidl"><name>android.hardware.camera.provider</name><version>2.4</version>
             <interface><name>ICameraProvider</name><instance>external/0</instance></interface></hal>
-        <hal format="hidl"><name>android.hardware.camera.provider</name><version>2.4</version>
+        <hal format="hidl"><name>android.hardware.camera.provider</name>
+            <transport>hwbinder</transport><version>2.4</version>
             <interface><name>IOther</name><instance>external/0</instance></interface></hal>
     </manifest>)");
     expect(mapOf(entry("external/0")),

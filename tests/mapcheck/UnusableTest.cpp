@@ -133,6 +133,21 @@ TEST_F(UnusableTest, AnEncodingThatNobodyKnowsIsNotXml) {
            {}, 2);
 }
 
+TEST_F(UnusableTest, AManifestThatADeviceRefusesStopsTheCheck) {
+    const std::string manifest = mDirectory.write("manifest.xml", R"(<manifest version="2.0">
+        <hal><name>android.hardware.camera.provider</name>
+            <fqname>ICameraProvider/external/0</fqname></hal></manifest>)");
+    const ProgramEnd end = run({mDirectory.write("map.xml", kGood), "--manifest", manifest});
+    EXPECT_EQ(end.out,
+              manifest +
+                      ":2: error: unknown transport \"\"; <transport> is hwbinder or passthrough "
+                      "[wrong-manifest]\n" +
+                      manifest +
+                      ":3: error: \"ICameraProvider/external/0\" is no instance; <fqname> is one "
+                      "such as @2.4::IFoo/default [wrong-manifest]\n");
+    EXPECT_EQ(end.status, 2);
+}
+
 TEST_F(UnusableTest, AManifestThatIsNoneStopsTheCheck) {
     const std::string map = mDirectory.write("bad.xml", "<map/>");
     const std::string missing = mDirectory.path() + "/missing.xml";

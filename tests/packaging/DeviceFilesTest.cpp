@@ -12,7 +12,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "VintfManifest.h"
+#include "host/vintf/VintfManifest.h"
 #include "mapper/ProviderMapper.h"
 #include "provider/naming/CameraIdProperty.h"
 #include "tests/support/ProviderTest.h"
@@ -66,7 +66,7 @@ std::set<std::string> replacements() {
 
 std::vector<std::string> declaredInstances() {
     VintfManifest manifest;
-    EXPECT_TRUE(manifest.addFile(kDevice / (kService + ".xml")));
+    EXPECT_TRUE(manifest.addFile(kDevice / (kService + ".xml")).empty());
     for (const std::string& instance : manifest.instancesOf(kInterface)) {
         EXPECT_EQ(manifest.transportOf(kInterface, instance), VintfManifest::Transport::HWBINDER);
     }

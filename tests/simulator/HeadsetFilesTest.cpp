@@ -15,6 +15,7 @@ namespace {
 
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
+using ::testing::IsEmpty;
 
 constexpr char kManifest[] = "/vendor/etc/vintf/manifest.xml";
 constexpr char kMap[] = "/vendor/etc/orvo_vendor_manifest.xml";
@@ -79,15 +80,28 @@ TEST_F(HeadsetFilesTest, AMapThatIsNotThereIsAnEmptyOne) {
     const auto files = read();
     ASSERT_TRUE(files);
     EXPECT_EQ("", files->behind("virtual/0"));
+    EXPECT_THAT(files->warnings(), ElementsAre(HasSubstr("the reader says 'Failed to open ")));
 }
 
-TEST_F(HeadsetFilesTest, AMalformedMapOrManifestIsNamed) {
+TEST_F(HeadsetFilesTest, WhereNobodyAsksTheMapItNeedNotBeThere) {
+    std::filesystem::remove(mDevice + kMap);
+    edit(mDevice + "/device.yaml", "- legacy/0", "");
+    const auto files = read();
+    ASSERT_TRUE(files);
+    EXPECT_THAT(files->warnings(), IsEmpty());
+}
+
+TEST_F(HeadsetFilesTest, AMalformedMapIsWarnedOf) {
     edit(mDevice + kMap, "</providers>", "</provider>");
-    auto files = read();
-    ASSERT_FALSE(files);
-    EXPECT_THAT(files.error().message(), HasSubstr("orvo_vendor_manifest.xml:"));
+    const auto files = read();
+    ASSERT_TRUE(files);
+    EXPECT_EQ("", files->behind("virtual/0"));
+    EXPECT_THAT(files->warnings(), ElementsAre(HasSubstr("orvo_vendor_manifest.xml:7: ")));
+}
+
+TEST_F(HeadsetFilesTest, AMalformedManifestIsRefused) {
     edit(mDevice + kManifest, "</manifest>", "</manifes>");
-    files = read();
+    const auto files = read();
     ASSERT_FALSE(files);
     EXPECT_THAT(files.error().message(), HasSubstr("manifest.xml"));
 }

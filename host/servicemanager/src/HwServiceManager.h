@@ -6,7 +6,7 @@
 #include <android/hidl/manager/1.2/IServiceManager.h>
 
 #include "ServiceRegistry.h"
-#include "VintfManifest.h"
+#include "host/vintf/VintfManifest.h"
 
 namespace orvo {
 

@@ -18,15 +18,16 @@
 #include <hwbinder/ProcessState.h>
 
 #include "HwServiceManager.h"
-#include "VintfManifest.h"
 #include "host/TransportEnd.h"
+#include "host/log/ProgramLog.h"
+#include "host/vintf/VintfManifest.h"
 
 using android::sp;
-using android::base::Result;
-using android::base::unexpected;
 using android::hardware::IPCThreadState;
 using android::hardware::ProcessState;
 using orvo::HwServiceManager;
+using orvo::ManifestMistake;
+using orvo::ManifestMistakes;
 using orvo::VintfManifest;
 
 namespace {
@@ -67,16 +68,16 @@ std::vector<std::string> manifestsOrLeave(int argc, char** argv) {
     return files;
 }
 
-Result<VintfManifest> readManifest(const std::vector<std::string>& files) {
-    VintfManifest manifest;
-    if (files.empty()) {
-        if (const auto added = manifest.addDirectory(kVintfDirectory); !added)
-            return unexpected(added.error());
-    }
+/** False, after a line for each mistake, if there are any. */
+bool readManifest(const std::vector<std::string>& files, VintfManifest* manifest) {
+    ManifestMistakes all;
+    if (files.empty()) all = manifest->addDirectory(kVintfDirectory);
     for (const std::string& file : files) {
-        if (const auto added = manifest.addFile(file); !added) return unexpected(added.error());
+        const ManifestMistakes mistakes = manifest->addFile(file);
+        all.insert(all.end(), mistakes.begin(), mistakes.end());
     }
-    return manifest;
+    for (const ManifestMistake& mistake : all) fail(mistake.toText());
+    return all.empty();
 }
 
 /** The signals that end this program. Blocked in every thread, and waited for by one. */
@@ -102,15 +103,16 @@ bool serve(VintfManifest manifest) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    orvo::logToStandardError();
     const std::vector<std::string> files = manifestsOrLeave(argc, argv);
 
-    Result<VintfManifest> manifest = readManifest(files);
-    if (!manifest) return fail(manifest.error().message());
+    VintfManifest manifest;
+    if (!readManifest(files, &manifest)) return EXIT_FAILURE;
 
     // Before there is a second thread: threads inherit what their maker has blocked.
     const sigset_t signals = endingSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    if (!serve(std::move(*manifest))) {
+    if (!serve(std::move(manifest))) {
         return fail(
                 "cannot serve; set ORVO_DEVICE_DIR to the directory of a device that has no "
                 "service manager yet");

@@ -54,6 +54,9 @@ Result<Session> Session::start(const SessionOptions& options) {
     // The inner half reads them again; here everything that is wrong is found before anything runs.
     const auto files = HeadsetFiles::read(*description);
     if (!files) return unexpected(files.error());
+    for (const std::string& warning : files->warnings()) {
+        std::cerr << "camerasim: warning: " << warning << std::endl;
+    }
     const auto installation = Installation::ofThisProgram();
     if (!installation) return unexpected(installation.error());
 

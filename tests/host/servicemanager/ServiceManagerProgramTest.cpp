@@ -90,7 +90,8 @@ TEST_F(ServiceManagerProgramTest, AMalformedManifestIsNamedWithItsPosition) {
 
 TEST_F(ServiceManagerProgramTest, AMissingManifestIsNamed) {
     const std::string missing = mDevice.path() / "missing.xml";
-    EXPECT_EQ("hwservicemanager: " + missing + ": does not exist; name an existing manifest file\n",
+    EXPECT_EQ("hwservicemanager: " + missing +
+                      ": cannot be opened (No such file or directory); name a manifest file\n",
               errorOf({"--manifest", missing}));
 }
 

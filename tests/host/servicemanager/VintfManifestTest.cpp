@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What manifest files declare, and what becomes of malformed ones.
 
-#include "VintfManifest.h"
+#include "host/vintf/VintfManifest.h"
 
 #include <filesystem>
 #include <fstream>
@@ -32,9 +32,13 @@ std::string halOf(const std::string& elements) {
                         elements + "\n</hal>");
 }
 
-/** Empty if there is no error. */
-std::string messageOf(const android::base::Result<void>& result) {
-    return result ? "" : result.error().message();
+/** Empty if there is none, otherwise a line for each. */
+std::string messageOf(const ManifestMistakes& mistakes) {
+    std::string text;
+    for (const ManifestMistake& mistake : mistakes) {
+        text += (text.empty() ? "" : "\n") + mistake.toText();
+    }
+    return text;
 }
 
 VintfManifest parsed(const std::string& text) {
@@ -130,10 +134,10 @@ TEST(VintfManifestTest, PassthroughIsTheOtherTransport) {
 
 TEST(VintfManifestTest, TheFrameworkIsAskedBeforeTheDevice) {
     VintfManifest manifest = parsed(halOf("<fqname>@1.0::IFoo/x</fqname>"));
-    ASSERT_TRUE(manifest.addText(R"(<manifest version="2.0" type="framework">
+    ASSERT_EQ("", messageOf(manifest.addText(R"(<manifest version="2.0" type="framework">
         <hal format="hidl"><name>a.b</name><transport>passthrough</transport>
         <fqname>@1.0::IFoo/x</fqname><fqname>@1.0::IFoo/y</fqname></hal></manifest>)",
-                                 "framework.xml"));
+                                             "framework.xml")));
     EXPECT_EQ(Transport::PASSTHROUGH, manifest.transportOf("a.b@1.0::IFoo", "x"));
     EXPECT_THAT(manifest.instancesOf("a.b@1.0::IFoo"), ElementsAre("x", "y"));
 }
@@ -163,44 +167,49 @@ TEST(VintfManifestTest, AManifestMayDeclareNothing) {
 }
 
 TEST(MalformedManifestTest, BrokenXmlIsRefusedWithItsPosition) {
-    EXPECT_THAT(errorOf("<manifest version=\"1.0\">\n  <hal></manifest>"),
-                ::testing::MatchesRegex("m.xml:2:[0-9]+: .*mismatch.*; repair it"));
-    EXPECT_THAT(errorOf("<manifest version=\"1.0\""), StartsWith("m.xml:1:"));
-    EXPECT_EQ("m.xml:1:1: there is no element; a manifest has a <manifest> element", errorOf(""));
-    EXPECT_EQ("m.xml:1:1: there is no element; a manifest has a <manifest> element",
-              errorOf("just text"));
+    EXPECT_EQ(
+            "m.xml:2: is not XML (Opening and ending tag mismatch: hal line 2 and manifest); name "
+            "a "
+            "manifest file",
+            errorOf("<manifest version=\"1.0\">\n  <hal></manifest>"));
+    EXPECT_THAT(errorOf("<manifest version=\"1.0\""), StartsWith("m.xml:1: is not XML ("));
+    EXPECT_EQ("m.xml: is empty; name a manifest file", errorOf(""));
+    EXPECT_THAT(errorOf("just text"), StartsWith("m.xml:1: is not XML ("));
 }
 
 TEST(MalformedManifestTest, TheRootElementIsChecked) {
-    EXPECT_EQ("m.xml:1:2: the root element is <service>; it must be <manifest>",
-              errorOf("<service/>"));
-    EXPECT_EQ("m.xml:1:2: unknown manifest version \"7.0\"; use version=\"1.0\"",
+    EXPECT_EQ(
+            "m.xml:1: the root element is <service>, that of a manifest is <manifest>; name a "
+            "manifest "
+            "file",
+            errorOf("<service/>"));
+    EXPECT_EQ("m.xml:1: unknown manifest version \"7.0\"; use version=\"1.0\"",
               errorOf("<manifest version=\"7.0\"/>"));
-    EXPECT_EQ("m.xml:1:2: unknown manifest version \"\"; use version=\"1.0\"",
+    EXPECT_EQ("m.xml:1: unknown manifest version \"\"; use version=\"1.0\"",
               errorOf("<manifest/>"));
     EXPECT_EQ(
-            "m.xml:1:2: unknown manifest type \"pocket\"; use type=\"device\" or "
+            "m.xml:1: unknown manifest type \"pocket\"; use type=\"device\" or "
             "type=\"framework\"",
             errorOf("<manifest version=\"1.0\" type=\"pocket\"/>"));
 }
 
 TEST(MalformedManifestTest, AHalNeedsANameAndATransport) {
-    EXPECT_EQ("m.xml:2:4: <hal> without a <name>; name the package, such as a.b.c",
+    EXPECT_EQ("m.xml:2: <hal> without a <name>; name the package, such as a.b.c",
               errorOf(manifestWith("  <hal/>")));
-    EXPECT_EQ("m.xml:2:2: unknown transport \"\"; <transport> is hwbinder or passthrough",
+    EXPECT_EQ("m.xml:2: unknown transport \"\"; <transport> is hwbinder or passthrough",
               errorOf(manifestWith("<hal><name>a.b</name></hal>")));
-    EXPECT_EQ("m.xml:3:2: unknown transport \"pigeon\"; <transport> is hwbinder or passthrough",
+    EXPECT_EQ("m.xml:3: unknown transport \"pigeon\"; <transport> is hwbinder or passthrough",
               errorOf(manifestWith("<hal><name>a.b</name>\n<transport>pigeon</transport></hal>")));
 }
 
 TEST(MalformedManifestTest, VersionsAndInterfacesAreChecked) {
-    EXPECT_EQ("m.xml:3:2: \"a.b@2\" is no package with a version such as a.b@2.4",
+    EXPECT_EQ("m.xml:3: \"a.b@2\" is no package with a version such as a.b@2.4",
               errorOf(halOf("<version>2</version>")));
-    EXPECT_EQ("m.xml:3:2: <interface> in a <hal> without a <version>; add one such as 2.4",
+    EXPECT_EQ("m.xml:3: <interface> in a <hal> without a <version>; add one such as 2.4",
               errorOf(halOf("<interface><name>IFoo</name></interface>")));
-    EXPECT_EQ("m.xml:4:2: \"\" is no interface name; <name> is one such as IFoo",
+    EXPECT_EQ("m.xml:4: \"\" is no interface name; <name> is one such as IFoo",
               errorOf(halOf("<version>2.4</version>\n<interface/>")));
-    EXPECT_EQ("m.xml:4:27: empty instance name; give one such as default",
+    EXPECT_EQ("m.xml:4: empty instance name; give one such as default",
               errorOf(halOf("<version>2.4</version>\n"
                             "<interface><name>I</name><instance/></interface>")));
 }
@@ -208,11 +217,11 @@ TEST(MalformedManifestTest, VersionsAndInterfacesAreChecked) {
 TEST(MalformedManifestTest, FqNamesAreChecked) {
     for (const std::string text :
          {"", "@1.0::IFoo", "1.0::IFoo/x", "@1.0/x", "a.b@1.0::IFoo/x", "@1::IFoo/x", "x@y/z"}) {
-        EXPECT_EQ("m.xml:3:2: \"" + text +
+        EXPECT_EQ("m.xml:3: \"" + text +
                           "\" is no instance; <fqname> is one such as @2.4::IFoo/default",
                   errorOf(halOf("<fqname>" + text + "</fqname>")));
     }
-    EXPECT_EQ("m.xml:3:2: empty instance name; give one such as default",
+    EXPECT_EQ("m.xml:3: empty instance name; give one such as default",
               errorOf(halOf("<fqname>@1.0::IFoo/</fqname>")));
 }
 
@@ -222,13 +231,32 @@ TEST(MalformedManifestTest, OneInstanceHasOneTransport) {
             "<fqname>@1.0::IFoo/x</fqname></hal>\n"
             "<hal><name>a.b</name><transport>passthrough</transport>"
             "<fqname>@1.0::IFoo/x</fqname></hal>");
-    EXPECT_EQ("m.xml:3:57: instance \"x\" of IFoo is declared with two transports; remove one",
+    EXPECT_EQ("m.xml:3: instance \"x\" of IFoo is declared with two transports; remove one",
               errorOf(twice));
 }
 
 TEST(MalformedManifestTest, AnErrorThatQuotesLineBreaksIsStillOneLine) {
-    EXPECT_EQ("m.xml:3:2: \"a b\" is no instance; <fqname> is one such as @2.4::IFoo/default",
+    EXPECT_EQ("m.xml:3: \"a b\" is no instance; <fqname> is one such as @2.4::IFoo/default",
               errorOf(halOf("<fqname>a\nb</fqname>")));
+}
+
+TEST(MalformedManifestTest, AllMistakesAreTold) {
+    VintfManifest manifest;
+    const auto mistakes = manifest.addText(halOf("<version>2</version>\n<fqname>x</fqname>\n"
+                                                 "<fqname>@1.0::IFoo/good</fqname>\n<fqname/>") +
+                                                   "\n",
+                                           "m.xml");
+    EXPECT_EQ(
+            "m.xml:3: \"a.b@2\" is no package with a version such as a.b@2.4\n"
+            "m.xml:4: \"x\" is no instance; <fqname> is one such as @2.4::IFoo/default\n"
+            "m.xml:6: \"\" is no instance; <fqname> is one such as @2.4::IFoo/default",
+            messageOf(mistakes));
+    EXPECT_THAT(manifest.instancesOf("a.b@1.0::IFoo"), ElementsAre("good"));
+}
+
+TEST(MalformedManifestTest, ACommentInsideATextIsNoPartOfIt) {
+    const VintfManifest manifest = parsed(halOf("<fqname>@1.0::IFoo/<!-- which -->x</fqname>"));
+    EXPECT_THAT(manifest.instancesOf("a.b@1.0::IFoo"), ElementsAre("x"));
 }
 
 class ManifestFilesTest : public ::testing::Test {
@@ -245,12 +273,13 @@ class ManifestFilesTest : public ::testing::Test {
 };
 
 TEST_F(ManifestFilesTest, AFileThatCannotBeReadIsNamed) {
-    EXPECT_EQ(pathOf("none.xml") + ": does not exist; name an existing manifest file",
+    EXPECT_EQ(pathOf("none.xml") +
+                      ": cannot be opened (No such file or directory); name a manifest file",
               messageOf(mManifest.addFile(pathOf("none.xml"))));
     write("empty.xml", "");
-    EXPECT_EQ(pathOf("empty.xml") + ": is empty; a manifest has a <manifest> element",
+    EXPECT_EQ(pathOf("empty.xml") + ": is empty; name a manifest file",
               messageOf(mManifest.addFile(pathOf("empty.xml"))));
-    EXPECT_EQ(mDevice.path().string() + ": cannot be read; name a readable manifest file",
+    EXPECT_EQ(mDevice.path().string() + ": is not a regular file; name a manifest file",
               messageOf(mManifest.addFile(mDevice.path())));
 }
 

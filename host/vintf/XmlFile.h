@@ -8,16 +8,16 @@
 
 #include <libxml/tree.h>
 
-namespace orvo::mapcheck {
+namespace orvo {
 
 struct DocumentFreer {
     void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
 };
 
-/** Why a file is of no use. */
+/** Something that is wrong with a file. */
 struct XmlMistake {
-    const char* code;
-    long line;  ///< kWholeFile if there is none.
+    const char* code;  ///< Names the kind of mistake for programs, such as "not-xml".
+    long line;         ///< 0 if it concerns the file as a whole.
     std::string message;
 };
 
@@ -29,6 +29,8 @@ struct XmlFile {
 
     /** Reads a regular file. Prints nothing; waits for nothing. */
     static XmlFile read(const std::string& path);
+    /** The same with the bytes of one. */
+    static XmlFile parse(const std::string& bytes);
 };
 
 /**
@@ -68,4 +70,4 @@ class XmlErrors {
     std::optional<XmlMistake> mFirst;
 };
 
-}  // namespace orvo::mapcheck
+}  // namespace orvo

@@ -1,29 +1,44 @@
 // SPDX-License-Identifier: Apache-2.0
 // Interface names and the look-ups in declared instances.
 
-#include "VintfManifest.h"
+#include "host/vintf/VintfManifest.h"
 
-#include <string.h>
+#include <dirent.h>
+#include <stdlib.h>
+#include <unistd.h>
 
-#include <charconv>
-#include <fstream>
+#include <algorithm>
 #include <set>
-#include <sstream>
-#include <system_error>
+#include <utility>
 
 namespace orvo {
 
-using android::base::Error;
-using android::base::Result;
-
 namespace {
 
+constexpr size_t kMostDigits = 9;  // All such numbers fit.
+
 std::optional<uint32_t> parseNumber(std::string_view text) {
-    const char* const end = text.data() + text.size();
-    uint32_t number = 0;
-    const auto [stopped, error] = std::from_chars(text.data(), end, number);
-    if (error != std::errc() || stopped != end) return std::nullopt;
-    return number;
+    const bool areDigits =
+            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    if (text.empty() || text.size() > kMostDigits || !areDigits) return std::nullopt;
+    return static_cast<uint32_t>(strtoul(std::string(text).c_str(), nullptr, 10));
+}
+
+/** The files of a directory that end with ".xml", sorted; none if there is no such directory. */
+std::set<std::string> fragmentsIn(const std::string& directory) {
+    constexpr std::string_view kEnding = ".xml";
+    std::set<std::string> files;
+    DIR* const stream = opendir(directory.c_str());
+    if (stream == nullptr) return files;
+    while (const dirent* entry = readdir(stream)) {
+        const std::string_view name = entry->d_name;
+        if (name.size() > kEnding.size() &&
+            name.compare(name.size() - kEnding.size(), kEnding.size(), kEnding) == 0) {
+            files.insert(directory + "/" + entry->d_name);
+        }
+    }
+    closedir(stream);
+    return files;
 }
 
 bool isIdentifier(std::string_view text, bool dotsAllowed) {
@@ -37,6 +52,10 @@ bool isIdentifier(std::string_view text, bool dotsAllowed) {
 }
 
 }  // namespace
+
+std::string ManifestMistake::toText() const {
+    return file + ":" + (line > 0 ? std::to_string(line) + ":" : "") + " " + message;
+}
 
 std::optional<InterfaceName> InterfaceName::parse(std::string_view text) {
     const size_t at = text.find('@');
@@ -57,38 +76,15 @@ std::optional<InterfaceName> InterfaceName::parse(std::string_view text) {
     return InterfaceName{package, *major, *minor, interface};
 }
 
-Result<void> VintfManifest::addFile(const std::filesystem::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    std::ostringstream text;
-    // A directory opens, and fails only when it is read.
-    if (!stream || !(text << stream.rdbuf())) {
-        std::error_code code;
-        const bool exists = std::filesystem::exists(file, code);
-        const bool empty = exists && std::filesystem::is_regular_file(file, code) &&
-                           std::filesystem::file_size(file, code) == 0;
-        return Error() << file.string() << ": "
-                       << (empty    ? "is empty; a manifest has a <manifest> element"
-                           : exists ? "cannot be read; name a readable manifest file"
-                                    : "does not exist; name an existing manifest file");
-    }
-    return addText(text.str(), file.string());
-}
-
-Result<void> VintfManifest::addDirectory(const std::filesystem::path& directory) {
-    std::vector<std::filesystem::path> files;
-    std::error_code code;
-    const std::filesystem::path chief = directory / "manifest.xml";
-    if (std::filesystem::exists(chief, code)) files.push_back(chief);
-
-    std::set<std::filesystem::path> fragments;
-    for (const auto& entry : std::filesystem::directory_iterator(directory / "manifest", code)) {
-        if (entry.path().extension() == ".xml") fragments.insert(entry.path());
-    }
-    files.insert(files.end(), fragments.begin(), fragments.end());
-    for (const std::filesystem::path& file : files) {
-        if (auto added = addFile(file); !added) return added;
-    }
-    return {};
+ManifestMistakes VintfManifest::addDirectory(const std::string& directory) {
+    ManifestMistakes mistakes;
+    const auto addOne = [&](const std::string& file) {
+        for (ManifestMistake& mistake : addFile(file)) mistakes.push_back(std::move(mistake));
+    };
+    const std::string chief = directory + "/manifest.xml";
+    if (access(chief.c_str(), F_OK) == 0) addOne(chief);
+    for (const std::string& fragment : fragmentsIn(directory + "/manifest")) addOne(fragment);
+    return mistakes;
 }
 
 bool VintfManifest::declare(const InterfaceName& name, const std::string& instance,

@@ -5,7 +5,6 @@
 
 #include <stdint.h>
 
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <string>
@@ -13,9 +12,18 @@
 #include <tuple>
 #include <vector>
 
-#include <android-base/result.h>
+#include "host/vintf/XmlFile.h"
 
 namespace orvo {
+
+/** Something that is wrong with a manifest file; the message is one line: what, and what to do. */
+struct ManifestMistake : XmlMistake {
+    std::string file;
+
+    /** "<file>:<line>: <message>". */
+    std::string toText() const;
+};
+using ManifestMistakes = std::vector<ManifestMistake>;
 
 /** An interface name in parts: "a.b@2.4::IFoo". */
 struct InterfaceName {
@@ -42,19 +50,18 @@ class VintfManifest {
     /**
      * Adds what a file declares.
      *
-     * @return an error if the file cannot be read or is malformed, one line: file, line, column,
-     *         what is wrong, what to do. What came before it may have been added.
+     * @return all that is wrong with it; what is not wrong has been added.
      */
-    android::base::Result<void> addFile(const std::filesystem::path& file);
+    ManifestMistakes addFile(const std::string& file);
 
     /**
      * Adds a device's own files: `manifest.xml` in the directory, then `manifest/<any>.xml` sorted
      * by name. Files that do not exist declare nothing.
      */
-    android::base::Result<void> addDirectory(const std::filesystem::path& directory);
+    ManifestMistakes addDirectory(const std::string& directory);
 
-    /** As addFile, with the text of a file and a name for error lines. */
-    android::base::Result<void> addText(const std::string& text, const std::string& name);
+    /** As addFile, with the text of a file and a name for mistakes. */
+    ManifestMistakes addText(const std::string& text, const std::string& name);
 
     /** How an instance serves; nothing if it is not declared or fqName is no interface name.
      *  Framework manifests are asked before device manifests. */

@@ -2,7 +2,7 @@
 // Parses with libxml2's defaults, as xmlParseMemory does, but keeps lines beyond 65,535 and the
 // line of texts.
 
-#include "mapcheck/XmlFile.h"
+#include "host/vintf/XmlFile.h"
 
 #include <errno.h>
 #include <stdint.h>
@@ -18,9 +18,7 @@
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 
-#include "mapcheck/Finding.h"
-
-namespace orvo::mapcheck {
+namespace orvo {
 namespace {
 
 struct FileCloser {
@@ -34,6 +32,7 @@ struct XmlStringFreer {
 };
 using XmlString = std::unique_ptr<xmlChar, XmlStringFreer>;
 
+constexpr long kWholeFile = 0;
 constexpr char kUnreadable[] = "unreadable";
 constexpr char kNotXml[] = "not-xml";
 constexpr char kEmptyFile[] = "empty-file";
@@ -94,7 +93,7 @@ std::optional<XmlMistake> readBytes(const std::string& path, std::string* bytes)
 }
 
 // Null when the text is not a document.
-xmlDoc* parse(const char* text, size_t size) {
+xmlDoc* documentOf(const char* text, size_t size) {
     const std::unique_ptr<xmlParserCtxt, ParserFreer> parser(
             xmlCreateMemoryParserCtxt(text, static_cast<int>(size)));
     if (parser == nullptr) return nullptr;
@@ -118,12 +117,17 @@ void nameNulByte(std::optional<long> nulLine, XmlMistake* mistake) {
 }  // namespace
 
 XmlFile XmlFile::read(const std::string& path) {
-    XmlFile file{};
     std::string bytes;
     if (const auto mistake = readBytes(path, &bytes)) {
+        XmlFile file{};
         file.mistake = *mistake;
         return file;
     }
+    return parse(bytes);
+}
+
+XmlFile XmlFile::parse(const std::string& bytes) {
+    XmlFile file{};
     const size_t size = strlen(bytes.c_str());
     if (size == 0) {
         file.mistake =
@@ -137,7 +141,7 @@ XmlFile XmlFile::read(const std::string& path) {
                 std::count(bytes.begin(), bytes.begin() + static_cast<ptrdiff_t>(size), '\n') + 1;
     }
     const XmlErrors errors;
-    file.document.reset(parse(bytes.c_str(), size));
+    file.document.reset(documentOf(bytes.c_str(), size));
     if (file.document == nullptr) {
         file.mistake = errors.first().value_or(
                 XmlMistake{kNotXml, kWholeFile, "is not XML (the parser gave up)"});
@@ -193,4 +197,4 @@ void XmlErrors::take(void* errors, xmlError* error) {
     first = XmlMistake{kNotXml, error->line, "is not XML (" + text + ")"};
 }
 
-}  // namespace orvo::mapcheck
+}  // namespace orvo

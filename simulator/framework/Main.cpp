@@ -8,6 +8,7 @@
 #include <hidl/HidlTransportSupport.h>
 
 #include "host/TransportEnd.h"
+#include "host/log/ProgramLog.h"
 #include "simulator/framework/FrameworkClient.h"
 #include "simulator/process/ProgramLife.h"
 
@@ -96,6 +97,7 @@ std::string run(const std::string& instance, const sp<StatusLog>& log) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    orvo::logToStandardError();
     const std::string instance =
             orvo::simulator::wordsOrLeave(
                     argc, argv,

@@ -8,6 +8,7 @@
 #include <hidl/HidlTransportSupport.h>
 
 #include "host/TransportEnd.h"
+#include "host/log/ProgramLog.h"
 #include "simulator/process/ProgramLife.h"
 #include "simulator/provider/ProviderControl.h"
 #include "simulator/provider/SimulatedProvider.h"
@@ -56,6 +57,7 @@ int serve(const ProviderDescription& description) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    orvo::logToStandardError();
     const std::string file =
             orvo::simulator::wordsOrLeave(
                     argc, argv,

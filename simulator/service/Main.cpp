@@ -17,6 +17,7 @@
 #include <hidl/LegacySupport.h>
 
 #include "host/TransportEnd.h"
+#include "host/log/ProgramLog.h"
 #include "simulator/process/ProgramLife.h"
 
 namespace {
@@ -90,6 +91,7 @@ bool otherThreadsRun() {
  * if none could, with 2 if it was called wrongly, with 0 when told to stop.
  */
 int main(int argc, char** argv) {
+    orvo::logToStandardError();
     const std::vector<std::string> instances = orvo::simulator::wordsOrLeave(
             argc, argv,
             {"camera_provider_service",

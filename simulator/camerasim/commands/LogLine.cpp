@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// LogLine: TAG PRIORITY MM-DD HH:MM:SS PID TID MESSAGE.
+// LogLine: TAG PRIORITY MM-DD HH:MM:SS.ffffff PID TID MESSAGE.
 
 #include "simulator/camerasim/commands/LogLine.h"
 
@@ -30,15 +30,16 @@ Paint paintOfPriority(const std::string& priority) {
 }  // namespace
 
 void to_json(nlohmann::json& json, const LogLine& line) {
-    json = {{"program", line.program}, {"time", line.time}, {"priority", line.priority},
-            {"tag", line.tag},         {"pid", line.pid},   {"tid", line.tid},
-            {"message", line.message}};
+    json = {{"program", line.program},   {"date", line.date},      {"time", line.time},
+            {"priority", line.priority}, {"tag", line.tag},        {"pid", line.pid},
+            {"tid", line.tid},           {"message", line.message}};
 }
 
 LogLine LogParser::parse(const std::string& line) {
-    // A tag may hold blanks, a message anything.
+    // A tag may hold blanks, a message anything. The log library of a program that is none of ours
+    // has no microseconds.
     static const std::regex kHead(
-            R"(^(.*?) ([VDIWEFS]) (\d\d-\d\d \d\d:\d\d:\d\d) +(\d{1,9}) +(\d{1,9}) )");
+            R"(^(.*?) ([VDIWEFS]) (\d\d-\d\d) (\d\d:\d\d:\d\d(?:\.\d{6})?) +(\d{1,9}) +(\d{1,9}) )");
     std::smatch parts;
     LogLine parsed = mLast;
     if (!std::regex_search(line, parts, kHead)) {
@@ -47,9 +48,10 @@ LogLine LogParser::parse(const std::string& line) {
     }
     parsed.tag = parts[1];
     parsed.priority = parts[2];
-    parsed.time = parts[3];
-    parsed.pid = std::stoi(parts[4]);
-    parsed.tid = std::stoi(parts[5]);
+    parsed.date = parts[3];
+    parsed.time = parts[4];
+    parsed.pid = std::stoi(parts[5]);
+    parsed.tid = std::stoi(parts[6]);
     mLast = parsed;
     parsed.message = parts.suffix();
     return parsed;

@@ -12,7 +12,8 @@ namespace orvo::simulator {
 /** One line. What a message or a program writes without a head is under the head before it. */
 struct LogLine {
     std::string program;   ///< whose log it is in, such as "provider-external-0"
-    std::string time;      ///< local, "11-21 09:58:49"; "" before the first head of a log
+    std::string date;      ///< local, "11-21"; "" before the first head of a log
+    std::string time;      ///< of day, as an event's, "09:58:49.123456"; "" as above
     std::string priority;  ///< "V", "D", "I", "W", "E", "F" or "S"; "" as above
     std::string tag;
     int pid = 0;

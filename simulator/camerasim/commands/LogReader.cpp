@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,6 +13,7 @@
 #include <cstring>
 #include <filesystem>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "simulator/control/Complaint.h"
@@ -22,9 +24,34 @@ namespace fs = std::filesystem;
 using android::base::Result;
 using android::base::unique_fd;
 
+namespace {
+
+unique_fd openLog(const std::string& path) {
+    return unique_fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
+}
+
+void readAll(const unique_fd& file, std::string* text) {
+    char bytes[16384];
+    ssize_t count;
+    while ((count = TEMP_FAILURE_RETRY(read(file.get(), bytes, sizeof(bytes)))) > 0) {
+        text->append(bytes, count);
+    }
+}
+
+/** Whether what is open is the file of this name; also if there is none of this name. */
+bool isFile(const unique_fd& file, const std::string& path) {
+    struct stat open {
+    }, named{};
+    if (stat(path.c_str(), &named) != 0) return true;
+    return fstat(file.get(), &open) == 0 && open.st_dev == named.st_dev &&
+           open.st_ino == named.st_ino;
+}
+
+}  // namespace
+
 Result<LogReader> LogReader::open(const std::string& directory) {
     unique_fd watch(inotify_init1(IN_CLOEXEC));
-    const uint32_t events = IN_CREATE | IN_MODIFY | IN_DELETE | IN_DELETE_SELF;
+    const uint32_t events = IN_CREATE | IN_MODIFY | IN_MOVED_TO | IN_DELETE | IN_DELETE_SELF;
     if (!watch.ok() || inotify_add_watch(watch.get(), directory.c_str(), events) < 0) {
         return didNotHappen("cannot watch '" + directory + "' (" + strerror(errno) + ")");
     }
@@ -39,19 +66,24 @@ void LogReader::findLogs() {
          it.increment(failure)) {
         const fs::path path = it->path();
         const std::string program = path.stem();
-        if (path.extension() != ".log" || mLogs.count(program) != 0) continue;
-        Log log(program);
-        log.file.reset(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
-        if (log.file.ok()) mLogs.emplace(program, std::move(log));
+        if (path.extension() != ".log" || access(path.c_str(), R_OK) != 0) continue;
+        mLogs.try_emplace(program, program);
     }
 }
 
-void LogReader::readLog(Log& log, bool unfinished, std::vector<LogLine>* lines) {
-    char bytes[16384];
-    ssize_t count;
-    while ((count = TEMP_FAILURE_RETRY(read(log.file.get(), bytes, sizeof(bytes)))) > 0) {
-        log.unread.append(bytes, count);
+void LogReader::readLog(const std::string& program, Log& log) {
+    const std::string path = mDirectory + "/" + program + ".log";
+    if (!isFile(log.file, path)) {
+        // Nobody writes any more to a file that has lost its name. The one before the newest may be
+        // another: there was none yet, or there have been two since.
+        readAll(log.file, &log.unread);
+        if (!isFile(log.file, path + ".1")) readAll(openLog(path + ".1"), &log.unread);
+        log.file = openLog(path);
     }
+    readAll(log.file, &log.unread);
+}
+
+void LogReader::takeLines(Log& log, bool unfinished, std::vector<LogLine>* lines) {
     size_t begin = 0;
     for (size_t end; (end = log.unread.find('\n', begin)) != std::string::npos; begin = end + 1) {
         lines->push_back(log.parser.parse(log.unread.substr(begin, end - begin)));
@@ -65,9 +97,13 @@ void LogReader::readLog(Log& log, bool unfinished, std::vector<LogLine>* lines) 
 std::vector<LogLine> LogReader::readNew(bool unfinished) {
     findLogs();
     std::vector<LogLine> lines;
-    for (auto& [program, log] : mLogs) readLog(log, unfinished, &lines);
-    std::stable_sort(lines.begin(), lines.end(),
-                     [](const LogLine& a, const LogLine& b) { return a.time < b.time; });
+    for (auto& [program, log] : mLogs) {
+        readLog(program, log);
+        takeLines(log, unfinished, &lines);
+    }
+    std::stable_sort(lines.begin(), lines.end(), [](const LogLine& a, const LogLine& b) {
+        return std::tie(a.date, a.time) < std::tie(b.date, b.time);
+    });
     return lines;
 }
 

@@ -22,7 +22,8 @@ class LogReader {
 
     /**
      * The lines that were added since the last call, in the order of their times; those of one
-     * program and one second in the order in which they were written.
+     * program and one time in the order in which they were written. A log that was full and has
+     * made way for another one is read to its end before that.
      *
      * @param unfinished also what a program has begun and not ended with a line's end.
      */
@@ -37,8 +38,8 @@ class LogReader {
   private:
     struct Log {
         explicit Log(const std::string& program) : parser(program) {}
-        android::base::unique_fd file;
-        std::string unread;  ///< of the last line, until its end has come
+        android::base::unique_fd file;  ///< none before the first look
+        std::string unread;             ///< of the last line, until its end has come
         LogParser parser;
     };
 
@@ -46,7 +47,8 @@ class LogReader {
         : mDirectory(std::move(directory)), mWatch(std::move(watch)) {}
 
     void findLogs();
-    static void readLog(Log& log, bool unfinished, std::vector<LogLine>* lines);
+    void readLog(const std::string& program, Log& log);
+    static void takeLines(Log& log, bool unfinished, std::vector<LogLine>* lines);
 
     std::string mDirectory;
     android::base::unique_fd mWatch;   ///< inotify

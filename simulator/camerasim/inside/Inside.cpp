@@ -12,6 +12,7 @@
 #include <hidl/HidlTransportSupport.h>
 
 #include "host/TransportEnd.h"
+#include "host/log/ProgramLog.h"
 #include "simulator/camerasim/Looks.h"
 #include "simulator/camerasim/inside/EventPrinter.h"
 #include "simulator/camerasim/inside/Headset.h"
@@ -58,7 +59,7 @@ unique_fd own(int descriptor) {
 int runInside(const InsideOptions& options) {
     const TransportUse transport;
     const Stage stage(options.root);
-    redirectLog(stage.logOf("camerasim"));
+    logToFile(stage.logOf("camerasim"));
     unique_fd socket = own(options.socketFd);
     const auto description = HeadsetDescription::read(options.directory);
     if (!description) return filesChanged();

@@ -1,12 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Logs: one format for all of them, so that one reader reads them.
+// Logs: of each the newest file, and of that what tells of trouble.
 
 #include "simulator/camerasim/outside/Logs.h"
 
 #include <fnmatch.h>
-#include <stdio.h>
-#include <time.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -16,7 +13,6 @@
 
 #include <android-base/file.h>
 #include <android-base/strings.h>
-#include <android/log.h>
 
 namespace orvo::simulator {
 
@@ -26,22 +22,6 @@ namespace {
 
 /** Lines of each log that are shown when something went wrong. */
 constexpr size_t kTailLines = 12;
-
-FILE* gLog = nullptr;  ///< set once before the first message, never closed
-
-/** A line as the other programs' log library writes it. */
-void logToFile(const __android_logger_data* data, const char* message) {
-    static constexpr char kPriorities[] = "??VDIWEFS";
-    const bool known = data->priority >= 0 && data->priority <= ANDROID_LOG_SILENT;
-    const time_t now = time(nullptr);
-    tm local{};
-    localtime_r(&now, &local);
-    char moment[32];
-    strftime(moment, sizeof(moment), "%m-%d %H:%M:%S", &local);
-    fprintf(gLog, "%s %c %s %5d %5d %s\n", data->tag == nullptr ? "" : data->tag,
-            kPriorities[known ? data->priority : 0], moment, getpid(), gettid(), message);
-    fflush(gLog);
-}
 
 /** Whether a line tells of what went as it should. */
 bool isChatter(const std::string& line) {
@@ -64,17 +44,12 @@ std::string tailOf(const std::string& file) {
 
 }  // namespace
 
-void redirectLog(const std::string& file) {
-    gLog = fopen(file.c_str(), "ae");
-    if (gLog != nullptr) __android_log_set_logger(logToFile);
-}
-
 void printTails(const Stage& stage) {
     std::vector<fs::path> logs;
     std::error_code failure;
     for (fs::directory_iterator it(stage.logs(), failure), end; !failure && it != end;
          it.increment(failure)) {
-        logs.push_back(it->path());
+        if (it->path().extension() == ".log") logs.push_back(it->path());
     }
     std::sort(logs.begin(), logs.end());
     for (const fs::path& log : logs) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tests of `camerasim log`: the logs of all programs as one.
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
@@ -15,11 +16,11 @@ class LogTest : public CommandsFixture {
   protected:
     LogTest() {
         mDevice.write("run/log/camera_provider_service.log",
-                      "Orvo E 11-21 09:58:49 10 11 fetched\n"
-                      "Orvo I 11-21 09:58:51 10 12 loaded\n"
+                      "Orvo E 11-21 09:58:49.100000 10 11 fetched\n"
+                      "Orvo I 11-21 09:58:49.300000 10 12 loaded\n"
                       "and its second line\n");
         mDevice.write("run/log/provider-external-0.log",
-                      "Simulated W 11-21 09:58:50  20  21 plugged\n");
+                      "Simulated W 11-21 09:58:49.200000  20  21 plugged\n");
         mDevice.write("run/log/notes.txt", "no log\n");
     }
 
@@ -28,15 +29,15 @@ class LogTest : public CommandsFixture {
 
 TEST_F(LogTest, LinesOfAllProgramsAreInTheOrderOfTime) {
     expectPrints({"log"},
-                 "11-21 09:58:49  camera_provider_service  E Orvo: fetched\n"
-                 "11-21 09:58:50  provider-external-0  W Simulated: plugged\n"
-                 "11-21 09:58:51  camera_provider_service  I Orvo: loaded\n"
-                 "11-21 09:58:51  camera_provider_service  I Orvo: and its second line\n");
+                 "09:58:49.100000  camera_provider_service  E Orvo: fetched\n"
+                 "09:58:49.200000  provider-external-0  W Simulated: plugged\n"
+                 "09:58:49.300000  camera_provider_service  I Orvo: loaded\n"
+                 "09:58:49.300000  camera_provider_service  I Orvo: and its second line\n");
 }
 
 TEST_F(LogTest, LinesAreChosenByTagPriorityAndProgram) {
-    const std::string plugged = "11-21 09:58:50  provider-external-0  W Simulated: plugged\n";
-    const std::string fetched = "11-21 09:58:49  camera_provider_service  E Orvo: fetched\n";
+    const std::string plugged = "09:58:49.200000  provider-external-0  W Simulated: plugged\n";
+    const std::string fetched = "09:58:49.100000  camera_provider_service  E Orvo: fetched\n";
     expectPrints({"log", "--tag", "Simulated"}, plugged);
     expectPrints({"log", "--priority", "W"}, fetched + plugged);
     expectPrints({"log", "--program", "provider-external-0"}, plugged);
@@ -47,7 +48,8 @@ TEST_F(LogTest, LinesAreChosenByTagPriorityAndProgram) {
 TEST_F(LogTest, LinesAsJsonHaveTheirPartsApart) {
     expectDocument({"log", "--tag", "Simulated", "--format=json"},
                    {{"program", "provider-external-0"},
-                    {"time", "11-21 09:58:50"},
+                    {"date", "11-21"},
+                    {"time", "09:58:49.200000"},
                     {"priority", "W"},
                     {"tag", "Simulated"},
                     {"pid", 20},
@@ -109,13 +111,42 @@ TEST_F(LogTest, FollowingMissesNothing) {
     EXPECT_EQ(200u, later);
 }
 
+TEST_F(LogTest, TheDayIsOlderThanTheHour) {
+    mDevice.write("run/log/hwservicemanager.log", "Night I 11-20 23:59:59.000000 1 1 before\n");
+    expectPrints({"log", "--priority", "I", "--program", "hwservicemanager"},
+                 "23:59:59.000000  hwservicemanager  I Night: before\n");
+    const ProgramEnd end = camerasim({"log"});
+    EXPECT_EQ(0u, end.out.find("23:59:59.000000  hwservicemanager")) << end.out;
+}
+
+TEST_F(LogTest, FollowingGoesFromAFullLogToTheNextOne) {
+    const std::string log = mDevice.root() + "/run/log/full.log";
+    mDevice.write("run/log/full.log.1", "Full I 11-21 10:00:00 1 1 line 0\n");
+    mDevice.write("run/log/full.log", "Full I 11-21 10:00:00 1 1 line 1\n");
+    ProgramRun run(commandLine({"log", "-f", "--tag", "Full"}), environment());
+    ASSERT_TRUE(run.awaitOutput("Full: line 1\n"));
+    for (int i = 2; i < 50; i++) {
+        const std::string number = std::to_string(i);
+        mDevice.write("run/log/full.log", "Full I 11-21 10:00:00 1 1 last " + number + "\n");
+        mDevice.write("run/log/full.log.new", "Full I 11-21 10:00:00 1 1 line " + number + "\n");
+        std::filesystem::rename(log, log + ".1");
+        std::filesystem::rename(log + ".new", log);
+        ASSERT_TRUE(run.awaitOutput("Full: last " + number + "\n"));
+        ASSERT_TRUE(run.awaitOutput("Full: line " + number + "\n"));
+    }
+    std::filesystem::remove_all(mDevice.root() + "/run/log");
+    const ProgramEnd end = run.awaitEnd();
+    EXPECT_EQ(0, end.status);
+    EXPECT_EQ(98, std::count(end.out.begin(), end.out.end(), '\n')) << end.out;
+}
+
 TEST_F(LogTest, FollowingWaitsForTheEndOfALine) {
     ProgramRun run(commandLine({"log", "-f", "--tag", "Split"}), environment());
     mDevice.write("run/log/split.log", "Split I 11-21 10:00:00 2");
     mDevice.write("run/log/other.log", "Split I 11-21 10:00:00 1 1 whole\n");
     ASSERT_TRUE(run.awaitOutput("Split: whole\n"));
     mDevice.write("run/log/split.log", "0 21 in two\n");
-    ASSERT_TRUE(run.awaitOutput("11-21 10:00:00  split  I Split: in two\n"));
+    ASSERT_TRUE(run.awaitOutput("10:00:00  split  I Split: in two\n"));
 }
 
 }  // namespace

@@ -73,12 +73,13 @@ TEST(OutputTest, DurationsAreReadable) {
 TEST(LogLineTest, AHeadIsTakenApart) {
     LogParser parser("camera_provider_service");
     const LogLine line = parser.parse(
-            "OrvoCameraServiceImpl E 11-21 09:58:49 14677 14684 Camera provider external/0 has "
+            "OrvoCameraServiceImpl E 11-21 09:58:49.123456 14677 14684 Camera provider external/0 has "
             "died");
     EXPECT_EQ("camera_provider_service", line.program);
     EXPECT_EQ("OrvoCameraServiceImpl", line.tag);
     EXPECT_EQ("E", line.priority);
-    EXPECT_EQ("11-21 09:58:49", line.time);
+    EXPECT_EQ("11-21", line.date);
+    EXPECT_EQ("09:58:49.123456", line.time);
     EXPECT_EQ(14677, line.pid);
     EXPECT_EQ(14684, line.tid);
     EXPECT_EQ("Camera provider external/0 has died", line.message);
@@ -106,7 +107,8 @@ TEST(LogLineTest, TheNextLineOfAMessageBelongsToIt) {
     const LogLine second = parser.parse("second E not a head");
     EXPECT_EQ("Tag", second.tag);
     EXPECT_EQ("W", second.priority);
-    EXPECT_EQ("11-21 09:58:49", second.time);
+    EXPECT_EQ("11-21", second.date);
+    EXPECT_EQ("09:58:49", second.time);
     EXPECT_EQ("second E not a head", second.message);
 }
 

@@ -4,6 +4,7 @@
 #include "simulator/description/HeadsetDescription.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <climits>
 #include <cstdlib>
@@ -21,9 +22,17 @@ using android::base::Result;
 
 namespace {
 
-bool isDirectory(const std::string& path) {
+/** Why it cannot be used as a directory, or 0. */
+int mistakeOf(const std::string& path) {
     struct stat info;
-    return stat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+    if (stat(path.c_str(), &info) != 0) return errno;
+    if (!S_ISDIR(info.st_mode)) return ENOTDIR;
+    return access(path.c_str(), R_OK | X_OK) == 0 ? 0 : errno;
+}
+
+std::string mayNotBeRead(const std::string& what, const std::string& directory) {
+    return "the " + what + " '" + onOneLine(directory) + "' may not be read (" + strerror(EACCES) +
+           "); give yourself the right to read it";
 }
 
 /** Each description must itself be sound, and no two may claim one instance. */
@@ -51,13 +60,18 @@ Result<std::vector<ProviderProgram>> readProviders(DescriptionReader& reader,
 
 Result<HeadsetDescription> HeadsetDescription::read(const std::string& directory) {
     char absolute[PATH_MAX];
-    if (realpath(directory.c_str(), absolute) == nullptr || !isDirectory(absolute)) {
+    const bool found = realpath(directory.c_str(), absolute) != nullptr;
+    const int mistake = found ? mistakeOf(absolute) : errno;
+    if (mistake == EACCES) return Error() << mayNotBeRead("device directory", directory);
+    if (mistake != 0) {
         return Error() << "there is no device directory '" << onOneLine(directory)
                        << "'; give a directory that holds a device.yaml";
     }
     HeadsetDescription device;
     device.directory = absolute;
-    if (!isDirectory(device.vendorTree())) {
+    const int mistakeOfTree = mistakeOf(device.vendorTree());
+    if (mistakeOfTree == EACCES) return Error() << mayNotBeRead("vendor tree", device.vendorTree());
+    if (mistakeOfTree != 0) {
         return Error() << "the device directory '" << onOneLine(device.directory)
                        << "' has no vendor tree; add a directory 'vendor'";
     }

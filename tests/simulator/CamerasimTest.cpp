@@ -25,6 +25,7 @@ namespace {
 
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
+using ::testing::MatchesRegex;
 using ::testing::Not;
 
 /** Runs camerasim with a TMPDIR of its own, so that whatever it leaves behind is found. */
@@ -221,6 +222,20 @@ TEST_F(CamerasimTest, AMissingDeviceDirectoryIsRefused) {
 
 TEST_F(CamerasimTest, ADirectoryThatIsNoDeviceIsRefused) {
     expectRefused(runProgram(tour({mDevices.path()}), environment()), "has no vendor tree");
+}
+
+TEST_F(CamerasimTest, AFullDiskIsNamedWithWhatIsLeftAndTmpdir) {
+    for (const char* bytes : {"4096", "20000", "2000000"}) {
+        std::vector<std::string> command = {"/usr/bin/bwrap", "--dev-bind", "/",       "/",
+                                            "--size",         bytes,        "--tmpfs", "/mnt"};
+        for (const std::string& word : tour()) command.push_back(word);
+        const ProgramEnd end = runProgram(command, {{"TMPDIR", "/mnt"}});
+        EXPECT_EQ(2, end.status) << end.out << end.err;
+        EXPECT_THAT(end.err,
+                    MatchesRegex("camerasim: cannot .* [(]No space left on device[)]; the file "
+                                 "system at '/mnt' has 0 KiB and [0-9]+ files left; free some, or "
+                                 "set TMPDIR to a directory with more\n"));
+    }
 }
 
 TEST_F(CamerasimTest, AMalformedDeviceDescriptionIsRefused) {

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Tests of HeadsetFiles: which providers a device's files speak of.
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <filesystem>
+#include <iostream>
 #include <string>
 
 #include <gmock/gmock.h>
@@ -104,6 +108,23 @@ TEST_F(HeadsetFilesTest, AMalformedManifestIsRefused) {
     const auto files = read();
     ASSERT_FALSE(files);
     EXPECT_THAT(files.error().message(), HasSubstr("manifest.xml"));
+}
+
+TEST_F(HeadsetFilesTest, ADirectoryThatMayNotBeReadIsNotSaidToBeMissing) {
+    chmod(mDirectory.path().c_str(), 0755);
+    for (const std::string& unreadable : {mDevice + "/vendor", mDevice}) {
+        chmod(unreadable.c_str(), 0);
+        EXPECT_EXIT(
+                {
+                    if (geteuid() == 0 && setuid(65534) != 0) _exit(1);
+                    const auto device = HeadsetDescription::read(mDevice);
+                    std::cerr << (device ? "read" : device.error().message());
+                    _exit(0);
+                },
+                ::testing::ExitedWithCode(0),
+                unreadable + "' may not be read .Permission denied.; give yourself the right");
+        chmod(unreadable.c_str(), 0755);
+    }
 }
 
 }  // namespace

@@ -6,6 +6,8 @@
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -32,6 +34,33 @@ std::string directoryOfDirectories() {
 
 namespace {
 
+/** The directory in which its file system begins. */
+std::string mountPointOf(const std::string& directory) {
+    struct stat below {
+    }, above{};
+    std::filesystem::path path = directory;
+    while (path.has_relative_path() && stat(path.c_str(), &below) == 0 &&
+           stat(path.parent_path().c_str(), &above) == 0 && below.st_dev == above.st_dev) {
+        path = path.parent_path();
+    }
+    return path;
+}
+
+}  // namespace
+
+std::string remedyFor(int error, const std::string& directory, const std::string& otherwise) {
+    struct statvfs room {};
+    if ((error != ENOSPC && error != EDQUOT) || statvfs(directory.c_str(), &room) != 0) {
+        return otherwise;
+    }
+    const unsigned long kibibytes = room.f_bavail * (room.f_frsize / 512) / 2;
+    return "the file system at '" + mountPointOf(directory) + "' has " + std::to_string(kibibytes) +
+           " KiB and " + std::to_string(room.f_favail) +
+           " files left; free some, or set TMPDIR to a directory with more";
+}
+
+namespace {
+
 Result<std::string> makeDirectory() {
     const std::string parent = directoryOfDirectories();
     char absolute[PATH_MAX];
@@ -41,8 +70,10 @@ Result<std::string> makeDirectory() {
     }
     std::string path = std::string(absolute) + "/" + kDirectoryPattern;
     if (mkdtemp(path.data()) == nullptr) {
-        return Error() << "cannot make a directory in '" << absolute << "' (" << strerror(errno)
-                       << "); set TMPDIR to one that can be written";
+        const int failure = errno;
+        return Error() << "cannot make a directory in '" << absolute << "' (" << strerror(failure)
+                       << "); "
+                       << remedyFor(failure, absolute, "set TMPDIR to one that can be written");
     }
     return path;
 }

@@ -19,6 +19,12 @@ constexpr char kDirectoryPattern[] = "camerasim.XXXXXX";
 std::string directoryOfDirectories();
 
 /**
+ * What to do about something that could not be written in the directory: if there was no room, that
+ * names the file system, what it has left, and TMPDIR; otherwise what is given.
+ */
+std::string remedyFor(int error, const std::string& directory, const std::string& otherwise);
+
+/**
  * Makes a fresh directory and removes it once nobody holds the lifeline any more, however its
  * holders ended: also after SIGKILL of the program that started it.
  *

@@ -8,6 +8,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include "simulator/camerasim/outside/Janitor.h"
+
 namespace orvo::simulator {
 
 namespace fs = std::filesystem;
@@ -18,6 +20,17 @@ namespace {
 
 /** "/hwbinder/" and the longest name that a process gives its socket there. */
 constexpr size_t kLongestSocketName = 10 + 32;
+
+void copyFile(const fs::path& from, const fs::path& to, std::error_code* failure) {
+    fs::copy_file(from, to, fs::copy_options::overwrite_existing, *failure);
+    // Which is what the C++ library makes of a file that became shorter than it should.
+    if (*failure != std::errc::io_error) return;
+    std::error_code unknown;
+    const fs::space_info space = fs::space(to.parent_path(), unknown);
+    if (!unknown && space.available == 0) {
+        *failure = std::make_error_code(std::errc::no_space_on_device);
+    }
+}
 
 /** Directories are made afresh and files stay writable, so that all of it can be removed again. */
 void copyTree(const fs::path& from, const fs::path& to, std::error_code* failure) {
@@ -30,7 +43,7 @@ void copyTree(const fs::path& from, const fs::path& to, std::error_code* failure
         } else if (it->is_directory()) {
             copyTree(it->path(), target, failure);
         } else {
-            fs::copy_file(it->path(), target, *failure);
+            copyFile(it->path(), target, failure);
         }
     }
 }
@@ -38,8 +51,12 @@ void copyTree(const fs::path& from, const fs::path& to, std::error_code* failure
 Result<void> placeLibrary(const std::string& library, const fs::path& place) {
     std::error_code failure;
     fs::create_directories(place.parent_path(), failure);
-    if (!failure) fs::copy_file(library, place, fs::copy_options::overwrite_existing, failure);
-    if (failure) return Error() << "cannot copy '" << library << "' (" << failure.message() << ")";
+    if (!failure) copyFile(library, place, &failure);
+    if (failure) {
+        return Error() << "cannot copy '" << library << "' to '" << place.string() << "' ("
+                       << failure.message() << "); "
+                       << remedyFor(failure.value(), place.parent_path(), "make it readable");
+    }
     return {};
 }
 
@@ -55,7 +72,8 @@ Result<void> Stage::fill(const HeadsetDescription& device, const Installation& i
     if (!failure) copyTree(device.vendorTree(), vendor(), &failure);
     if (failure) {
         return Error() << "cannot copy '" << device.vendorTree() << "' to '" << vendor() << "' ("
-                       << failure.message() << "); make it readable, and free space there";
+                       << failure.message() << "); "
+                       << remedyFor(failure.value(), mRoot, "make it readable");
     }
     const fs::path lib = vendor() + "/lib64";
     auto placed = placeLibrary(installation.providerLibrary,

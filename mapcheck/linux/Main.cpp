@@ -2,7 +2,7 @@
 // orvo-mapcheck on Linux: it also reads the descriptions of simulated providers.
 
 #include "mapcheck/MapCheck.h"
-#include "simulator/description/ProviderDescription.h"
+#include "simulator/description/HeadsetCheck.h"
 
 namespace {
 
@@ -10,14 +10,7 @@ orvo::mapcheck::OptionError readDescription(const std::string& file,
                                             orvo::mapcheck::Providers* providers) {
     const auto description = orvo::simulator::ProviderDescription::read(file);
     if (!description.ok()) return description.error().message();
-    orvo::mapcheck::Provider& provider = (*providers)[description->instance];
-    for (const auto& camera : description->cameras) provider.devices.push_back(camera.name);
-    for (const auto& section : description->vendorTags) {
-        for (const auto& tag : section.tags) {
-            provider.vendorTags.push_back(
-                    {tag.tagId, std::string(section.sectionName) + "." + std::string(tag.tagName)});
-        }
-    }
+    orvo::simulator::addProvider(*description, providers);
     return std::nullopt;
 }
 

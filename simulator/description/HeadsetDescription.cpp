@@ -35,23 +35,50 @@ std::string mayNotBeRead(const std::string& what, const std::string& directory) 
            "); give yourself the right to read it";
 }
 
+/** What is wrong with the directory itself, or "". */
+std::string mistakeOfDirectory(const std::string& directory, char* absolute) {
+    const bool found = realpath(directory.c_str(), absolute) != nullptr;
+    const int mistake = found ? mistakeOf(absolute) : errno;
+    if (mistake == EACCES) return mayNotBeRead("device directory", directory);
+    if (mistake == 0) return "";
+    return "there is no device directory '" + onOneLine(directory) +
+           "'; give a directory that holds a device.yaml";
+}
+
+std::string mistakeOfVendorTree(const HeadsetDescription& device) {
+    const int mistake = mistakeOf(device.vendorTree());
+    if (mistake == EACCES) return mayNotBeRead("vendor tree", device.vendorTree());
+    if (mistake == 0) return "";
+    return "the device directory '" + onOneLine(device.directory) +
+           "' has no vendor tree; add a directory 'vendor'";
+}
+
+std::vector<std::string> textsOf(DescriptionReader& reader, const DescribedMap& map,
+                                 const char* key) {
+    std::vector<std::string> texts;
+    for (const YAML::Node& node : map.list(key)) {
+        texts.push_back(reader.textOf(node, std::string("an entry of ") + key));
+    }
+    return texts;
+}
+
 /** Each description must itself be sound, and no two may claim one instance. */
-Result<std::vector<ProviderProgram>> readProviders(DescriptionReader& reader,
-                                                   const YAML::Node& root,
-                                                   const std::string& directory) {
+std::vector<ProviderProgram> readProviders(DescriptionReader& reader, const DescribedMap& map,
+                                           const std::string& directory,
+                                           std::vector<std::string>* mistakes) {
     std::vector<ProviderProgram> programs;
     std::set<std::string> instances;
-    for (const YAML::Node& node : reader.list(root, "providers", "the device", false)) {
+    for (const YAML::Node& node : map.list("providers")) {
         const std::string file = reader.textOf(node, "an entry of providers");
-        if (reader.error()) break;
+        if (file.empty()) continue;
         const std::string path = file[0] == '/' ? file : directory + "/" + file;
-        Result<ProviderDescription> provider = ProviderDescription::read(path);
-        if (!provider) return provider.error();
-        if (!instances.insert(provider->instance).second) {
-            reader.fail(node, "'" + file + "' describes " + provider->instance +
+        const std::string instance = ProviderDescription::read(path, mistakes).instance;
+        if (instance.empty()) continue;
+        if (!instances.insert(instance).second) {
+            reader.fail(node, "'" + file + "' describes " + instance +
                                       ", which another entry describes; leave one of them out");
         }
-        programs.push_back({provider->instance, path});
+        programs.push_back({instance, path});
     }
     return programs;
 }
@@ -59,37 +86,34 @@ Result<std::vector<ProviderProgram>> readProviders(DescriptionReader& reader,
 }  // namespace
 
 Result<HeadsetDescription> HeadsetDescription::read(const std::string& directory) {
-    char absolute[PATH_MAX];
-    const bool found = realpath(directory.c_str(), absolute) != nullptr;
-    const int mistake = found ? mistakeOf(absolute) : errno;
-    if (mistake == EACCES) return Error() << mayNotBeRead("device directory", directory);
-    if (mistake != 0) {
-        return Error() << "there is no device directory '" << onOneLine(directory)
-                       << "'; give a directory that holds a device.yaml";
-    }
+    std::vector<std::string> mistakes;
+    HeadsetDescription device = read(directory, &mistakes);
+    if (!mistakes.empty()) return Error() << mistakes.front();
+    return device;
+}
+
+HeadsetDescription HeadsetDescription::read(const std::string& directory,
+                                            std::vector<std::string>* mistakes) {
     HeadsetDescription device;
+    char absolute[PATH_MAX];
+    const std::string missing = mistakeOfDirectory(directory, absolute);
+    if (!missing.empty()) {
+        mistakes->push_back(missing);
+        return device;
+    }
     device.directory = absolute;
-    const int mistakeOfTree = mistakeOf(device.vendorTree());
-    if (mistakeOfTree == EACCES) return Error() << mayNotBeRead("vendor tree", device.vendorTree());
-    if (mistakeOfTree != 0) {
-        return Error() << "the device directory '" << onOneLine(device.directory)
-                       << "' has no vendor tree; add a directory 'vendor'";
-    }
+    const std::string treeMissing = mistakeOfVendorTree(device);
+    if (!treeMissing.empty()) mistakes->push_back(treeMissing);
+
     DescriptionReader reader(device.directory + "/device.yaml");
-    const YAML::Node root = reader.load();
-    if (reader.error()) return Error() << *reader.error();
-    reader.expectKeys(root, "the device", {"name", "service", "providers", "clearOnRestart"});
-    device.name = reader.text(root, "name", "the device");
-    for (const YAML::Node& node : reader.list(root, "service", "the device", true)) {
-        device.serviceInstances.push_back(reader.textOf(node, "an entry of service"));
-    }
-    Result<std::vector<ProviderProgram>> providers = readProviders(reader, root, device.directory);
-    if (!providers) return providers.error();
-    for (const YAML::Node& node : reader.list(root, "clearOnRestart", "the device", false)) {
-        device.clearOnRestart.push_back(reader.textOf(node, "an entry of clearOnRestart"));
-    }
-    if (reader.error()) return Error() << *reader.error();
-    device.providers = *providers;
+    const DescribedMap map(reader, reader.load(), "the device", headsetKeys());
+    device.name = map.text("name");
+    device.serviceInstances = textsOf(reader, map, "service");
+    device.clearOnRestart = textsOf(reader, map, "clearOnRestart");
+    std::vector<std::string> ofProviders;
+    device.providers = readProviders(reader, map, device.directory, &ofProviders);
+    for (const std::string& mistake : reader.mistakes()) mistakes->push_back(mistake);
+    mistakes->insert(mistakes->end(), ofProviders.begin(), ofProviders.end());
     return device;
 }
 

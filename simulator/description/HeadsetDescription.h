@@ -33,6 +33,9 @@ struct HeadsetDescription {
      * @return the description, or one line that says what is wrong and what to do.
      */
     static android::base::Result<HeadsetDescription> read(const std::string& directory);
+    /** The same with all that is wrong added to `mistakes`, one line each. */
+    static HeadsetDescription read(const std::string& directory,
+                                   std::vector<std::string>* mistakes);
 };
 
 }  // namespace orvo::simulator

@@ -13,7 +13,6 @@
 #include "simulator/description/MetadataBuffer.h"
 
 using android::hardware::camera::common::V1_0::CameraMetadataType;
-using android::hardware::camera::common::V1_0::TagBoundaryId;
 using android::hardware::camera::common::V1_0::VendorTag;
 using android::hardware::camera::common::V1_0::VendorTagSection;
 
@@ -25,12 +24,6 @@ namespace {
 constexpr uint32_t kFlashInfoAvailable = 0x00050000;
 constexpr uint32_t kLensFacing = 0x00080005;
 constexpr uint32_t kSensorOrientation = 0x000e000e;
-
-constexpr int64_t kFirstVendorTag = static_cast<int64_t>(TagBoundaryId::VENDOR);
-constexpr int64_t kLastTag = std::numeric_limits<uint32_t>::max();
-
-const std::vector<std::string> kTypeNames = {"BYTE",  "INT32",  "FLOAT",
-                                             "INT64", "DOUBLE", "RATIONAL"};
 
 template <typename T>
 void appendBytes(std::vector<uint8_t>* bytes, T value) {
@@ -76,8 +69,22 @@ void appendValue(DescriptionReader& reader, const YAML::Node& node, CameraMetada
     }
 }
 
+MetadataEntry readCharacteristic(DescriptionReader& reader, const YAML::Node& node,
+                                 const std::string& what) {
+    MetadataEntry entry{};
+    const DescribedMap map(reader, node, what, characteristicKeys());
+    entry.tag = static_cast<uint32_t>(map.number("tag"));
+    const size_t mistakes = reader.mistakeCount();
+    entry.type = static_cast<CameraMetadataType>(map.choice("type"));
+    const bool typeIsKnown = reader.mistakeCount() == mistakes;
+    for (const YAML::Node& value : map.list("values")) {
+        if (typeIsKnown) appendValue(reader, value, entry.type, what + ": a value", &entry.bytes);
+    }
+    return entry;
+}
+
 /** The camera's own entries, the described ones after them. */
-void readCharacteristics(DescriptionReader& reader, const YAML::Node& node, const std::string& what,
+void readCharacteristics(DescriptionReader& reader, const DescribedMap& map,
                          CameraDescription* camera) {
     std::vector<MetadataEntry> entries;
     entries.push_back(byteEntry(kFlashInfoAvailable, camera->flash ? 1 : 0));
@@ -90,22 +97,15 @@ void readCharacteristics(DescriptionReader& reader, const YAML::Node& node, cons
     appendBytes(&orientation.bytes, static_cast<int32_t>(camera->orientation));
     entries.push_back(orientation);
 
-    const std::string entryWhat = what + ": an entry of characteristics";
-    for (const YAML::Node& item : reader.list(node, "characteristics", what, false)) {
-        if (reader.isNotMap(item, entryWhat)) return;
-        reader.expectKeys(item, entryWhat, {"tag", "type", "values"});
-        MetadataEntry entry;
-        entry.tag = static_cast<uint32_t>(reader.number(item, "tag", entryWhat, 0, kLastTag));
-        entry.type =
-                static_cast<CameraMetadataType>(reader.choice(item, "type", entryWhat, kTypeNames));
-        for (const YAML::Node& value : reader.list(item, "values", entryWhat, true)) {
-            appendValue(reader, value, entry.type, entryWhat + ": a value", &entry.bytes);
-        }
+    const std::string what = map.what() + ": an entry of characteristics";
+    for (const YAML::Node& item : map.list("characteristics")) {
+        const size_t mistakes = reader.mistakeCount();
+        const MetadataEntry entry = readCharacteristic(reader, item, what);
+        if (reader.mistakeCount() != mistakes) continue;
         const auto sameTag = [&](const MetadataEntry& other) { return other.tag == entry.tag; };
         if (std::any_of(entries.begin(), entries.end(), sameTag)) {
-            reader.fail(item, entryWhat +
-                                      " has a tag that is there already; leave one out (facing,"
-                                      " orientation and flash make entries of their own)");
+            reader.fail(item, what + " has a tag that is there already; leave one out (facing,"
+                                     " orientation and flash make entries of their own)");
         }
         entries.push_back(entry);
     }
@@ -126,66 +126,66 @@ int majorVersionOf(const std::string& name, const std::string& type) {
     return name.size() > minorEnd + middle.size() ? major - '0' : 0;
 }
 
+/** Such as "camera 'device@3.2/external/7'"; "a camera" if it has no name. */
+std::string calledBy(const YAML::Node& node, const char* key, const std::string& kind) {
+    const bool named = node.IsMap() && node[key].IsDefined() && node[key].IsScalar() &&
+                       !node[key].Scalar().empty();
+    return named ? kind + " '" + node[key].Scalar() + "'" : "a " + kind;
+}
+
+/** `type` is that of the provider, or "" if it is not known. */
 CameraDescription readCamera(DescriptionReader& reader, const YAML::Node& node,
                              const std::string& type) {
     CameraDescription camera{};
-    if (reader.isNotMap(node, "a camera")) return camera;
-    camera.name = reader.text(node, "name", "a camera");
-    const std::string what = "camera '" + camera.name + "'";
-    reader.expectKeys(node, what,
-                      {"name", "facing", "present", "flash", "orientation", "resourceCost",
-                       "conflictsWith", "characteristics"});
+    const DescribedMap map(reader, node, calledBy(node, "name", "camera"), cameraKeys());
+    camera.name = map.text("name");
     camera.majorVersion = majorVersionOf(camera.name, type);
-    if (!reader.error() && camera.majorVersion == 0) {
-        reader.fail(node["name"], what + " is not named for this provider; write device@3.2/" +
-                                          type + "/<id> or device@1.0/" + type + "/<id>");
+    if (!type.empty() && !camera.name.empty() && camera.majorVersion == 0) {
+        map.fail("name", map.what() + " is not named for this provider; write device@3.2/" + type +
+                                 "/<id> or device@1.0/" + type + "/<id>");
     }
-    camera.facing =
-            static_cast<Facing>(reader.choice(node, "facing", what, {"BACK", "FRONT", "EXTERNAL"}));
-    camera.present = reader.flag(node, "present", what, true);
-    camera.flash = reader.flag(node, "flash", what, false);
-    camera.orientation =
-            static_cast<uint32_t>(reader.number(node, "orientation", what, 0, 270, int64_t{0}));
-    if (!reader.error() && camera.orientation % 90 != 0) {
-        reader.fail(node["orientation"], what + ": orientation is " +
-                                                 std::to_string(camera.orientation) +
-                                                 "; write 0, 90, 180 or 270");
+    camera.facing = static_cast<Facing>(map.choice("facing"));
+    camera.present = map.flag("present");
+    camera.flash = map.flag("flash");
+    camera.orientation = static_cast<uint32_t>(map.number("orientation"));
+    if (camera.orientation % 90 != 0) {
+        map.fail("orientation", map.what() + ": orientation is " +
+                                        std::to_string(camera.orientation) +
+                                        "; write 0, 90, 180 or 270");
     }
-    camera.resourceCost = static_cast<uint32_t>(reader.number(node, "resourceCost", what, 0, 100));
-    for (const YAML::Node& other : reader.list(node, "conflictsWith", what, false)) {
-        camera.conflicts.push_back(reader.textOf(other, what + ": an entry of conflictsWith"));
+    camera.resourceCost = static_cast<uint32_t>(map.number("resourceCost"));
+    for (const YAML::Node& other : map.list("conflictsWith")) {
+        camera.conflicts.push_back(
+                reader.textOf(other, map.what() + ": an entry of conflictsWith"));
     }
     if (camera.majorVersion != 1) {
-        readCharacteristics(reader, node, what, &camera);
-    } else if (!reader.error() && node["characteristics"].IsDefined()) {
-        reader.fail(node["characteristics"],
-                    what + " is of version 1 and has no characteristics; leave them out");
+        readCharacteristics(reader, map, &camera);
+    } else if (map.has("characteristics")) {
+        map.fail("characteristics",
+                 map.what() + " is of version 1 and has no characteristics; leave them out");
     }
     return camera;
 }
 
 VendorTagSection readSection(DescriptionReader& reader, const YAML::Node& node,
                              std::set<uint32_t>* ids) {
+    const bool named = node.IsMap() && node["section"].IsDefined();
+    const DescribedMap map(reader, node,
+                           named ? calledBy(node, "section", "section") : "a section of vendorTags",
+                           vendorTagSectionKeys());
     VendorTagSection section;
-    if (reader.isNotMap(node, "a section of vendorTags")) return section;
-    const std::string name = reader.text(node, "section", "a section of vendorTags");
-    const std::string what = "section '" + name + "'";
-    reader.expectKeys(node, what, {"section", "tags"});
-    section.sectionName = name;
+    section.sectionName = map.text("section");
     std::vector<VendorTag> tags;
-    for (const YAML::Node& item : reader.list(node, "tags", what, true)) {
-        const std::string tagWhat = what + ": a tag";
-        if (reader.isNotMap(item, tagWhat)) break;
-        reader.expectKeys(item, tagWhat, {"id", "name", "type"});
+    for (const YAML::Node& item : map.list("tags")) {
+        const DescribedMap tagMap(reader, item, map.what() + ": a tag", vendorTagKeys());
+        const size_t mistakes = reader.mistakeCount();
         VendorTag tag;
-        tag.tagId = static_cast<uint32_t>(
-                reader.number(item, "id", tagWhat, kFirstVendorTag, kLastTag));
-        tag.tagName = reader.text(item, "name", tagWhat);
-        tag.tagType =
-                static_cast<CameraMetadataType>(reader.choice(item, "type", tagWhat, kTypeNames));
-        if (!reader.error() && !ids->insert(tag.tagId).second) {
-            reader.fail(item, tagWhat + " has an id that another tag has; give each its own");
+        tag.tagId = static_cast<uint32_t>(tagMap.number("id"));
+        if (reader.mistakeCount() == mistakes && tagMap.isMap() && !ids->insert(tag.tagId).second) {
+            reader.fail(item, tagMap.what() + " has an id that another tag has; give each its own");
         }
+        tag.tagName = tagMap.text("name");
+        tag.tagType = static_cast<CameraMetadataType>(tagMap.choice("type"));
         tags.push_back(tag);
     }
     section.tags = tags;
@@ -196,17 +196,18 @@ VendorTagSection readSection(DescriptionReader& reader, const YAML::Node& node,
 void checkCameras(DescriptionReader& reader, const std::vector<YAML::Node>& nodes,
                   const std::vector<CameraDescription>& cameras) {
     std::set<std::string> names, ids;
-    for (size_t i = 0; !reader.error() && i < cameras.size(); i++) {
+    for (size_t i = 0; i < cameras.size(); i++) {
         const std::string& name = cameras[i].name;
+        if (name.empty()) continue;
         const std::string id = name.substr(name.find('/', name.find('/') + 1) + 1);
         if (!names.insert(name).second || !ids.insert(id).second) {
             reader.fail(nodes[i], "camera '" + name + "' has an id that another camera has; give" +
                                           " each camera its own");
         }
     }
-    for (size_t i = 0; !reader.error() && i < cameras.size(); i++) {
+    for (size_t i = 0; i < cameras.size(); i++) {
         for (const std::string& other : cameras[i].conflicts) {
-            if (names.count(other) != 0 && other != cameras[i].name) continue;
+            if (other.empty() || (names.count(other) != 0 && other != cameras[i].name)) continue;
             reader.fail(nodes[i]["conflictsWith"],
                         "camera '" + cameras[i].name + "' conflicts with '" + other +
                                 "'; name another camera of this description");
@@ -217,32 +218,38 @@ void checkCameras(DescriptionReader& reader, const std::vector<YAML::Node>& node
 }  // namespace
 
 android::base::Result<ProviderDescription> ProviderDescription::read(const std::string& file) {
+    std::vector<std::string> mistakes;
+    ProviderDescription provider = read(file, &mistakes);
+    if (!mistakes.empty()) return android::base::Error() << mistakes.front();
+    return provider;
+}
+
+ProviderDescription ProviderDescription::read(const std::string& file,
+                                              std::vector<std::string>* mistakes) {
     DescriptionReader reader(file);
     ProviderDescription provider{};
-    const YAML::Node root = reader.load();
-    if (reader.error()) return android::base::Error() << *reader.error();
-
-    reader.expectKeys(root, "the description",
-                      {"instance", "torch", "reportsBuiltIn", "vendorTags", "cameras"});
-    provider.instance = reader.text(root, "instance", "the description");
+    const DescribedMap map(reader, reader.load(), "the description", providerKeys());
+    provider.instance = map.text("instance");
     const size_t slash = provider.instance.find('/');
-    if (!reader.error() &&
-        (slash == 0 || slash == std::string::npos || slash + 1 == provider.instance.size())) {
-        reader.fail(root["instance"], "instance is '" + provider.instance +
-                                              "'; write <type>/<number>, such as external/0");
+    const bool isComplete =
+            slash != 0 && slash != std::string::npos && slash + 1 != provider.instance.size();
+    if (!provider.instance.empty() && !isComplete) {
+        map.fail("instance", "instance is '" + provider.instance +
+                                     "'; write <type>/<number>, such as external/0");
     }
-    provider.torchSupported = reader.flag(root, "torch", "the description", true);
-    provider.reportsBuiltIn = reader.flag(root, "reportsBuiltIn", "the description", false);
+    provider.torchSupported = map.flag("torch");
+    provider.reportsBuiltIn = map.flag("reportsBuiltIn");
     std::set<uint32_t> tagIds;
-    for (const YAML::Node& node : reader.list(root, "vendorTags", "the description", false)) {
+    for (const YAML::Node& node : map.list("vendorTags")) {
         provider.vendorTags.push_back(readSection(reader, node, &tagIds));
     }
-    const auto nodes = reader.list(root, "cameras", "the description", true);
+    const std::string type = isComplete ? provider.instance.substr(0, slash) : "";
+    const auto nodes = map.list("cameras");
     for (const YAML::Node& node : nodes) {
-        provider.cameras.push_back(readCamera(reader, node, provider.instance.substr(0, slash)));
+        provider.cameras.push_back(readCamera(reader, node, type));
     }
     checkCameras(reader, nodes, provider.cameras);
-    if (reader.error()) return android::base::Error() << *reader.error();
+    for (const std::string& mistake : reader.mistakes()) mistakes->push_back(mistake);
     return provider;
 }
 

@@ -50,6 +50,8 @@ struct ProviderDescription {
      *         wrong and what to write instead.
      */
     static android::base::Result<ProviderDescription> read(const std::string& file);
+    /** The same with all that is wrong added to `mistakes`, one such line each. */
+    static ProviderDescription read(const std::string& file, std::vector<std::string>* mistakes);
 };
 
 }  // namespace orvo::simulator

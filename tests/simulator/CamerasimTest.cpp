@@ -17,6 +17,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "simulator/description/HeadsetCheck.h"
 #include "tests/simulator/support/FreshDirectory.h"
 #include "tests/simulator/support/ProgramRun.h"
 
@@ -222,6 +223,34 @@ TEST_F(CamerasimTest, AMissingDeviceDirectoryIsRefused) {
 
 TEST_F(CamerasimTest, ADirectoryThatIsNoDeviceIsRefused) {
     expectRefused(runProgram(tour({mDevices.path()}), environment()), "has no vendor tree");
+}
+
+TEST_F(CamerasimTest, ANewDeviceBoots) {
+    const std::string directory = mDevices.path() + "/new";
+    ASSERT_TRUE(makeHeadset(directory));
+    ProgramRun run({programPath("camerasim"), "up", directory}, environment());
+    EXPECT_TRUE(run.awaitOutput("device@3.2/legacy/100  PRESENT"));
+    run.signal(SIGINT);
+    const ProgramEnd end = run.awaitEnd();
+    EXPECT_EQ(0, end.status) << end.err;
+    EXPECT_EQ("", end.err);
+    expectNothingIsLeft();
+}
+
+TEST_F(CamerasimTest, AMapThatADeviceRefusesIsWarnedOfAndBooted) {
+    const std::string map = "vendor/etc/orvo_vendor_manifest.xml";
+    const std::string directory = changedDevice(map, "</providers>", "</providers>\ngarbage");
+    ProgramRun run({programPath("camerasim"), "up", directory}, environment());
+    EXPECT_TRUE(run.awaitOutput("device@3.2/default/0  PRESENT"));
+    run.signal(SIGINT);
+    const ProgramEnd end = run.awaitEnd();
+    EXPECT_EQ(0, end.status) << end.err;
+    EXPECT_EQ("camerasim: warning: " + directory + "/" + map +
+                      ":8: is not XML (Extra content at the end of the document); the reader says"
+                      " 'Failed to parse XML'\n",
+              end.err);
+    EXPECT_THAT(end.out, HasSubstr("legacy/0  not served; its log says why"));
+    expectNothingIsLeft();
 }
 
 TEST_F(CamerasimTest, AFullDiskIsNamedWithWhatIsLeftAndTmpdir) {

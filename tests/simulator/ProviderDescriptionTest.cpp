@@ -196,11 +196,12 @@ TEST_F(ProviderDescriptionTest, ANameOfAnotherProviderOrVersionIsRefused) {
 }
 
 TEST_F(ProviderDescriptionTest, TwoCamerasWithOneIdAreRefused) {
-    expectMistake(
-            changed("device@1.0/external/b/c\n    facing", "device@1.0/external/100\n    facing"),
-            19,
-            "camera 'device@1.0/external/100' has an id that another camera has; give each"
-            " camera its own");
+    std::string text = changed("[device@1.0/external/b/c]", "[]");
+    const std::string name = "device@1.0/external/b/c";
+    text.replace(text.find(name), name.size(), "device@1.0/external/100");
+    expectMistake(text, 19,
+                  "camera 'device@1.0/external/100' has an id that another camera has; give each"
+                  " camera its own");
 }
 
 TEST_F(ProviderDescriptionTest, AConflictWithNobodyIsRefused) {
@@ -246,13 +247,51 @@ TEST_F(ProviderDescriptionTest, ARationalThatIsNoFractionIsRefused) {
                   " fraction; write [numerator, denominator]");
 }
 
-TEST_F(ProviderDescriptionTest, AnEmptyListOfCamerasIsRefused) {
-    expectMistake("instance: a/0\ncameras: []\n", 2,
-                  "the description: cameras is empty; write at least one entry");
+TEST_F(ProviderDescriptionTest, AProviderMayHaveNoCameras) {
+    for (const char* cameras : {"", "cameras: []\n"}) {
+        const auto result = read(std::string("instance: a/0\n") + cameras);
+        ASSERT_TRUE(result.has_value()) << result.error().message();
+        EXPECT_TRUE(result->cameras.empty());
+    }
+}
+
+TEST_F(ProviderDescriptionTest, CamerasThatAreNoneAreRefused) {
     expectMistake("instance: a/0\ncameras: many\n", 2,
                   "the description: cameras is not a list; begin each entry with '- '");
     expectMistake("instance: a/0\ncameras: [many]\n", 2,
                   "a camera is not a map; write lines of the form 'key: value'");
+    expectMistake(changed("[[1, 3], [-2, 5]]", "[]"), 17,
+                  "camera 'device@3.2/external/100': an entry of characteristics: values is empty;"
+                  " write at least one entry");
+}
+
+TEST_F(ProviderDescriptionTest, AllMistakesAreTold) {
+    mFile = mDirectory.write("provider.yaml", R"(instance: external
+tourch: true
+vendorTags:
+  - section: com.example.one
+    tags: [{ id: 1, name: first, type: WORD }, { name: [] }]
+cameras:
+  - facing: LEFT
+    resourceCost: 101
+  - name: device@3.2/external/7
+    facing: BACK
+    resourceCost: 1
+    conflictsWith: [nobody]
+    characteristics: [{ tag: 1, type: WORD, values: [x] }, { tag: 2, type: BYTE, values: [x] }]
+  - 7
+)");
+    std::vector<std::string> mistakes;
+    ProviderDescription::read(mFile, &mistakes);
+    std::vector<std::string> places;
+    for (const std::string& mistake : mistakes) {
+        ASSERT_EQ(0u, mistake.find(mFile + ":")) << mistake;
+        const size_t begin = mFile.size() + 1;
+        places.push_back(mistake.substr(begin, mistake.find(':', begin) - begin));
+    }
+    EXPECT_THAT(places, ::testing::ElementsAre("1", "2", "5", "5", "5", "5", "5", "7", "7", "8",
+                                               "12", "13", "13", "14"))
+            << ::testing::PrintToString(mistakes);
 }
 
 }  // namespace

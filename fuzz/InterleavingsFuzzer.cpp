@@ -4,10 +4,11 @@
 
 #include "fuzz/support/Require.h"
 #include "tests/interleavings/Input.h"
+#include "tests/support/OneProcessor.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     [[maybe_unused]] static const bool pinned = [] {
-        orvo::interleavings::runOnOneProcessor();
+        orvo::test::runOnOneProcessor();
         return true;
     }();
     const orvo::interleavings::Run run = orvo::interleavings::runInput(data, size);

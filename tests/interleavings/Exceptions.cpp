@@ -169,7 +169,7 @@ std::string shortStory(const Scenario& scenario, const Run& run) {
 
 void Findings::add(const Scenario& scenario, const Exploration& exploration) {
     ++scenarios;
-    if (!exploration.all) ++incomplete;
+    if (!exploration.all) ++incomplete[exploration.interruptions];
     orders += exploration.orders;
     deepest = std::max(deepest, exploration.deepest);
     seconds += exploration.seconds;

@@ -32,7 +32,8 @@ class Findings {
     /** Key: title. Value: the one with the fewest interruptions and steps. */
     std::map<std::string, Exception> seen;
     size_t scenarios = 0;
-    size_t incomplete = 0;  ///< Scenarios of which not every order was tried.
+    /** Scenarios of which not every order was tried, by Exploration::interruptions. */
+    std::map<int, size_t> incomplete;
     size_t orders = 0;
     size_t deepest = 0;
     double seconds = 0;

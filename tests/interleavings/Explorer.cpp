@@ -15,8 +15,6 @@
 
 #include "tests/interleavings/Explorer.h"
 
-#include <sched.h>
-
 #include <algorithm>
 #include <chrono>
 #include <random>
@@ -227,13 +225,6 @@ std::string Run::order() const {
 int stay(const std::vector<int>& enabled, int running) {
     const bool can = std::find(enabled.begin(), enabled.end(), running) != enabled.end();
     return can ? running : enabled.front();
-}
-
-void runOnOneProcessor() {
-    cpu_set_t one;
-    CPU_ZERO(&one);
-    CPU_SET(sched_getcpu(), &one);
-    sched_setaffinity(0, sizeof(one), &one);
 }
 
 Run runOnce(const Scenario& scenario, const Machine::Choose& choose) {

@@ -27,9 +27,6 @@ struct Run {
     std::string order() const;
 };
 
-/** Makes a change of threads several times as fast. For the calling thread and those it starts. */
-void runOnOneProcessor();
-
 /** The thread that runs, if it can go on. */
 int stay(const std::vector<int>& enabled, int running);
 

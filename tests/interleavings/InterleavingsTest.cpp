@@ -12,12 +12,13 @@
 #include "tests/interleavings/Exceptions.h"
 #include "tests/interleavings/Faults.h"
 #include "tests/interleavings/Input.h"
+#include "tests/support/OneProcessor.h"
 
 namespace orvo::interleavings {
 namespace {
 
 TEST(InterleavingsTest, EveryTwoOperationsDoWhatSomeOrderOfThemDoesOrWhatTheListSays) {
-    runOnOneProcessor();
+    test::runOnOneProcessor();
     Findings findings;
     for (const Scenario& scenario : scenariosOf(2))
         findings.add(scenario, explore(scenario, kInTheTests));
@@ -30,7 +31,7 @@ TEST(InterleavingsTest, EveryTwoOperationsDoWhatSomeOrderOfThemDoesOrWhatTheList
 }
 
 TEST(InterleavingsTest, WhatIsLeftOutIsTheSame) {
-    runOnOneProcessor();
+    test::runOnOneProcessor();
     for (const char* const text : {"1cp *01 B", "1cp B N", "1 +01 N", "1cp L B", "1c *01 T"}) {
         const Scenario scenario = *Scenario::fromText(text);
         const Exploration reduced = explore(scenario, {});
@@ -93,7 +94,7 @@ class PlantedFaultTest : public ::testing::TestWithParam<Planted> {
 };
 
 TEST_P(PlantedFaultTest, IsFoundAndNothingIsFoundWithoutIt) {
-    runOnOneProcessor();
+    test::runOnOneProcessor();
     EXPECT_TRUE(explored(GetParam().scenario).broken.empty());
     gFault = GetParam().fault;
     const std::vector<std::string> broken = explored(GetParam().scenario).broken;

@@ -18,6 +18,7 @@
 
 #include "tests/interleavings/Exceptions.h"
 #include "tests/interleavings/Input.h"
+#include "tests/support/OneProcessor.h"
 
 namespace {
 
@@ -29,10 +30,13 @@ int report(const Findings& findings) {
         printf("%-40s %s  %s\n", title.c_str(), example.scenario.c_str(),
                example.run.order().c_str());
     }
-    printf("%zu scenarios, %zu of them not in every order; %zu orders, the deepest of %zu steps, "
-           "in %.0f s: %zu findings\n",
-           findings.scenarios, findings.incomplete, findings.orders, findings.deepest,
-           findings.seconds, findings.broken.size());
+    for (const auto& [interruptions, scenarios] : findings.incomplete) {
+        printf("%zu scenarios not in every order: all with up to %d interruptions, random ones\n",
+               scenarios, interruptions);
+    }
+    printf("%zu scenarios, %zu orders, the deepest of %zu steps, in %.0f s: %zu findings\n",
+           findings.scenarios, findings.orders, findings.deepest, findings.seconds,
+           findings.broken.size());
     return findings.broken.empty() ? 0 : 1;
 }
 
@@ -48,7 +52,12 @@ Findings exploreAll(int count, size_t part, size_t parts, const Limits& limits) 
 int main(int argc, char** argv) {
     const std::vector<std::string> words(argv + 1, argv + argc);
     if (words.empty()) return 2;
-    runOnOneProcessor();
+    const bool isPart = words[0] == "explore" && words.size() == 4;
+    if (isPart) {
+        orvo::test::runOnOneProcessor(atoi(words[2].c_str()));
+    } else {
+        orvo::test::runOnOneProcessor();
+    }
     if (words[0] == "chapter") {
         printf("%s", chapter(exploreAll(2, 0, 1, kInTheTests)).c_str());
         return 0;
@@ -64,7 +73,7 @@ int main(int argc, char** argv) {
         }
         return 0;
     }
-    if (words[0] == "explore" && words.size() == 4) {
+    if (isPart) {
         const int count = atoi(words[1].c_str());
         return report(exploreAll(count, atoi(words[2].c_str()), atoi(words[3].c_str()),
                                  count == 2 ? Limits{20000, 5000, 1} : Limits{2500, 2500, 1}));

@@ -9,6 +9,7 @@
 #include <hwbinder/ProcessState.h>
 #include <kj/async-io.h>
 
+#include "ObjectTable.h"
 #include "fuzz/support/Require.h"
 #include "fuzz/transport/Interfaces.h"
 #include "fuzz/transport/Spoiling.h"
@@ -29,6 +30,9 @@ namespace wire = orvo::fuzz::wire;
 
 constexpr char kAddress[] = "1-0000000000000001";
 const KnownObject kContext{kAddress, 1};
+
+/** First bytes from here on ask for the context object, and are answered with any reference. */
+constexpr size_t kAsksForContext = 192;
 
 /**
  * The input in use. The client waits for each answer, so its thread and the server's never use it
@@ -70,7 +74,7 @@ class RogueProcess final : public wire::Process::Server {
         binder.setAddress(kContext.address);
         binder.setId(kContext.id);
         binder.setBinder(kj::heap<RogueBinder>());
-        if (gSource->below(16) == 15) orvo::fuzz::fillBinder(kContext, *gSource, binder);
+        if (!gSource->empty()) orvo::fuzz::fillBinder(kContext, *gSource, binder);
         return kj::READY_NOW;
     }
 };
@@ -93,24 +97,35 @@ sp<IBinder> contextObject() {
     return ProcessState::self()->getContextObject(nullptr);
 }
 
+/** Starts the server on the first call, and connects again if an input broke the connection. */
+const sp<IBinder>& honestContextObject() {
+    static ByteSource nothing(nullptr, 0);
+    static sp<IBinder>& context = *new sp<IBinder>;
+    gSource = &nothing;
+    if (context == nullptr) {
+        // The endpoint makes the directory of the sockets.
+        require(orvo::fuzz::joinFreshDevice() != "" && contextObject() == nullptr, "no server yet");
+        std::thread(serve).detach();
+        while ((context = contextObject()) == nullptr) std::this_thread::yield();
+    }
+    if (context->remoteBinder()->remoteObject()->isDead()) context = contextObject();
+    require(context != nullptr && context->remoteBinder() != nullptr, "the server is there");
+    return context;
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto& interfaces = orvo::fuzz::interfaces();
-    [[maybe_unused]] static const bool started = [] {
-        static ByteSource nothing(nullptr, 0);
-        gSource = &nothing;
-        // The endpoint makes the directory of the sockets.
-        require(orvo::fuzz::joinFreshDevice() != "" && contextObject() == nullptr, "no server yet");
-        std::thread(serve).detach();
-        while (contextObject() == nullptr) std::this_thread::yield();
-        return true;
-    }();
+    sp<IBinder> object = honestContextObject();
 
     ByteSource source(data, size);
-    gInterface = &interfaces[source.below(interfaces.size())];
     gSource = &source;
-    const sp<IBinder> context = contextObject();
-    if (context != nullptr && context->remoteBinder() != nullptr) gInterface->callAll(context);
+    const size_t first = source.below(256);
+    gInterface = &interfaces[first % interfaces.size()];
+    if (first >= kAsksForContext) object = contextObject();
+    if (object == nullptr || object->remoteBinder() == nullptr) return 0;
+    gInterface->methods[source.below(gInterface->methods.size())](object);
+    if (source.flag()) gInterface->methods[source.below(gInterface->methods.size())](object);
     return 0;
 }

@@ -109,53 +109,97 @@ void lookAtTree(const Tree& tree) {
 }
 
 template <typename Type>
-void callBase(const sp<Type>& object) {
-    examine(object->ping());
-    examine(object->interfaceChain(look));
-    examine(object->interfaceDescriptor(look));
-    examine(object->getHashChain([](const auto& hashes) { require(hashes.size() < 1 << 20, ""); }));
-    examine(object->getDebugInfo([](const auto& info) { (void)toString(info); }));
-    examine(object->debug(openHandle(), {"an option"}));
-    examine(object->setHALInstrumentation());
+using Calls = std::vector<void (*)(Type& object)>;
+
+/** With those that every interface has; each as a call through a proxy for any object. */
+template <typename Proxy, typename Type>
+Interface makeInterface(const char* name, sp<IBinder> (*makeStub)(), Calls<Type> calls) {
+    const Calls<Type> base = {
+            [](Type& object) { examine(object.ping()); },
+            [](Type& object) { examine(object.interfaceChain(look)); },
+            [](Type& object) { examine(object.interfaceDescriptor(look)); },
+            [](Type& object) {
+                examine(object.getHashChain(
+                        [](const auto& hashes) { require(hashes.size() < 1 << 20, ""); }));
+            },
+            [](Type& object) {
+                examine(object.getDebugInfo([](const auto& info) { (void)toString(info); }));
+            },
+            [](Type& object) { examine(object.debug(openHandle(), {"an option"})); },
+            [](Type& object) { examine(object.setHALInstrumentation()); },
+    };
+    calls.insert(calls.end(), base.begin(), base.end());
+    Interface interface {
+        name, makeStub, {}, {}
+    };
+    for (const auto call : calls) {
+        interface.methods.push_back([call](const sp<IBinder>& binder) {
+            const sp<Type> proxy = new Proxy(binder);
+            call(*proxy);
+        });
+    }
+    interface.callAll(new Recorder(makeStub(), &interface.calls));
+    require(interface.calls.size() == interface.methods.size(), "each makes one call", name);
+    return interface;
 }
 
-void callKinds(const sp<IBinder>& binder) {
-    const sp<IKinds> kinds = new BpHwKinds(binder);
+Tree honestTree() {
     const Leaf leaf{"leaf", Colour::GREEN, {}, 0.5};
-    const Tree tree{true, {leaf, leaf}, {"one", "", "three"}, {{1, 2, 3}, {}}};
-    examine(kinds->echoTree(tree, lookAtTree));
-    examine(kinds->echoTree(Tree{}, lookAtTree));
-    examine(kinds->echoParcelled({"label", openHandle()},
-                                 [](const auto& same) { (void)toString(same); }));
-    examine(kinds->echoHandle(openHandle(), look));
-    examine(kinds->echoHandle(nullptr, look));
-    examine(kinds->echoMemory(hidl_memory("ashmem", openHandle(), 64), look));
-    examine(kinds->echoQueue(EchoingKinds::Queue(64, native_handle_clone(openHandle()), 1), look));
-    examine(kinds->echoColour(Colour::BLUE));
-    examine(kinds->echoKinds(new EchoingKinds));
-    examine(kinds->echoKinds(nullptr));
-    examine(kinds->echoAny(new EchoingKinds));
-    examine(kinds->nothing());
-    examine(kinds->note("a note"));
-    examine(kinds->version());
-    callBase(kinds);
+    return {true, {leaf, leaf}, {"one", "", "three"}, {{1, 2, 3}, {}}};
 }
+
+const Calls<IKinds> kKindsCalls = {
+        [](IKinds& kinds) { examine(kinds.echoTree(honestTree(), lookAtTree)); },
+        [](IKinds& kinds) { examine(kinds.echoTree(Tree{}, lookAtTree)); },
+        [](IKinds& kinds) {
+            examine(kinds.echoParcelled({"label", openHandle()},
+                                        [](const auto& same) { (void)toString(same); }));
+        },
+        [](IKinds& kinds) { examine(kinds.echoHandle(openHandle(), look)); },
+        [](IKinds& kinds) { examine(kinds.echoHandle(nullptr, look)); },
+        [](IKinds& kinds) {
+            examine(kinds.echoMemory(hidl_memory("ashmem", openHandle(), 64), look));
+        },
+        [](IKinds& kinds) {
+            const EchoingKinds::Queue queue(64, native_handle_clone(openHandle()), 1);
+            examine(kinds.echoQueue(queue, look));
+        },
+        [](IKinds& kinds) { examine(kinds.echoColour(Colour::BLUE)); },
+        [](IKinds& kinds) { examine(kinds.echoKinds(new EchoingKinds)); },
+        [](IKinds& kinds) { examine(kinds.echoKinds(nullptr)); },
+        [](IKinds& kinds) { examine(kinds.echoAny(new EchoingKinds)); },
+        [](IKinds& kinds) { examine(kinds.nothing()); },
+        [](IKinds& kinds) { examine(kinds.note("a note")); },
+        [](IKinds& kinds) { examine(kinds.version()); },
+};
 
 sp<IBinder> makeKinds() {
     return getOrCreateCachedBinder(new EchoingKinds);
 }
 
-void callCameraProvider(const sp<IBinder>& binder) {
-    const sp<ICameraProvider> provider = new BpHwCameraProvider(binder);
-    const auto lookAtDevice = [](auto, const auto& device) { (void)(device != nullptr); };
-    examine(provider->setCallback(new orvo::test::RecordingCallback));
-    examine(provider->getVendorTags([](auto, const auto& sections) { look(sections); }));
-    examine(provider->getCameraIdList([](auto, const auto& names) { look(names); }));
-    examine(provider->isSetTorchModeSupported([](auto, bool) {}));
-    examine(provider->getCameraDeviceInterface_V1_x("device@1.0/virtual/8", lookAtDevice));
-    examine(provider->getCameraDeviceInterface_V3_x("device@3.2/external/100", lookAtDevice));
-    callBase(provider);
-}
+constexpr auto lookAtDevice = [](auto, const auto& device) { (void)(device != nullptr); };
+
+const Calls<ICameraProvider> kCameraProviderCalls = {
+        [](ICameraProvider& provider) {
+            examine(provider.setCallback(new orvo::test::RecordingCallback));
+        },
+        [](ICameraProvider& provider) {
+            examine(provider.getVendorTags([](auto, const auto& sections) { look(sections); }));
+        },
+        [](ICameraProvider& provider) {
+            examine(provider.getCameraIdList([](auto, const auto& names) { look(names); }));
+        },
+        [](ICameraProvider& provider) {
+            examine(provider.isSetTorchModeSupported([](auto, bool) {}));
+        },
+        [](ICameraProvider& provider) {
+            examine(provider.getCameraDeviceInterface_V1_x("device@1.0/virtual/8", lookAtDevice));
+        },
+        [](ICameraProvider& provider) {
+            examine(provider.getCameraDeviceInterface_V3_x("device@3.2/external/100",
+                                                           lookAtDevice));
+        },
+};
 
 sp<IBinder> makeCameraProvider() {
     const sp<orvo::test::ScriptedProvider> provider = new orvo::test::ScriptedProvider;
@@ -167,14 +211,16 @@ sp<IBinder> makeCameraProvider() {
     return getOrCreateCachedBinder(provider.get());
 }
 
-void callCameraProviderCallback(const sp<IBinder>& binder) {
-    const sp<ICameraProviderCallback> callback = new BpHwCameraProviderCallback(binder);
-    examine(callback->cameraDeviceStatusChange("device@3.2/external/100",
-                                               CameraDeviceStatus::PRESENT));
-    examine(callback->torchModeStatusChange("device@3.2/external/100",
-                                            TorchModeStatus::AVAILABLE_ON));
-    callBase(callback);
-}
+const Calls<ICameraProviderCallback> kCameraProviderCallbackCalls = {
+        [](ICameraProviderCallback& callback) {
+            examine(callback.cameraDeviceStatusChange("device@3.2/external/100",
+                                                      CameraDeviceStatus::PRESENT));
+        },
+        [](ICameraProviderCallback& callback) {
+            examine(callback.torchModeStatusChange("device@3.2/external/100",
+                                                   TorchModeStatus::AVAILABLE_ON));
+        },
+};
 
 sp<IBinder> makeCameraProviderCallback() {
     return getOrCreateCachedBinder(new orvo::test::RecordingCallback);
@@ -182,16 +228,11 @@ sp<IBinder> makeCameraProviderCallback() {
 
 std::vector<Interface> makeInterfaces() {
     std::vector<Interface> all;
-    all.push_back({"IKinds", makeKinds, callKinds, {}});
-    all.push_back({"ICameraProvider", makeCameraProvider, callCameraProvider, {}});
-    all.push_back({"ICameraProviderCallback",
-                   makeCameraProviderCallback,
-                   callCameraProviderCallback,
-                   {}});
-    for (Interface& each : all) {
-        each.callAll(new Recorder(each.makeStub(), &each.calls));
-        require(!each.calls.empty(), "there are honest calls", each.name);
-    }
+    all.push_back(makeInterface<BpHwKinds>("IKinds", makeKinds, kKindsCalls));
+    all.push_back(makeInterface<BpHwCameraProvider>("ICameraProvider", makeCameraProvider,
+                                                    kCameraProviderCalls));
+    all.push_back(makeInterface<BpHwCameraProviderCallback>(
+            "ICameraProviderCallback", makeCameraProviderCallback, kCameraProviderCallbackCalls));
     return all;
 }
 

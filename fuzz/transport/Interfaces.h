@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,10 +26,14 @@ struct Interface {
     std::string name;
     /** A fresh stub whose implementation takes everything: what breaks, breaks before it. */
     android::sp<android::hardware::IBinder> (*makeStub)();
-    /** Calls every method through a proxy for the object, with arguments of all kinds. */
-    void (*callAll)(const android::sp<android::hardware::IBinder>& object);
-    /** What callAll sends, and what the stub answers. */
+    /** Each makes one call through a proxy for the object; together all methods, all arguments. */
+    std::vector<std::function<void(const android::sp<android::hardware::IBinder>& object)>> methods;
+    /** Of each method: what it sends, and what the stub answers. */
     std::vector<HonestCall> calls;
+
+    void callAll(const android::sp<android::hardware::IBinder>& object) const {
+        for (const auto& call : methods) call(object);
+    }
 };
 
 /** Made by the first call, on one thread; never empty. */

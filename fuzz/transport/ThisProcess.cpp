@@ -16,6 +16,7 @@
 #include "fuzz/support/Require.h"
 #include "fuzz/support/Surroundings.h"
 #include "fuzz/transport/Interfaces.h"
+#include "tests/support/OneProcessor.h"
 
 namespace orvo::fuzz {
 
@@ -28,6 +29,7 @@ const std::string& joinFreshDevice() {
     static const FreshDirectory directory;
     static const std::string sockets = [] {
         silenceLog();
+        orvo::test::runOnOneProcessor();
         setenv("ORVO_DEVICE_DIR", directory.path().c_str(), 1);
         android::hardware::configureRpcThreadpool(1, false);
         ProcessState::self()->startThreadPool();

@@ -53,6 +53,14 @@ const std::vector<KnownException>& knownExceptions() {
              "are not registered by this call.",
              "A transport failure ends the registration at once, and the stored callback stays.",
              {"setCallback;register|after register;death|reconnection"}},
+            {"Dead before it is linked, at the start",
+             "A provider dies after an instance that is being loaded has looked it up, and before "
+             "it has linked to its death.",
+             "\"Could not link to death\", and this instance goes without the provider until the "
+             "process ends, although the provider soon runs again.",
+             "Only a service that is linked reports its death, and what failed at the start is "
+             "not tried again.",
+             {"load legacy/0;after look up|link to the death of|make a shim;death"}},
             {"Between two shims",
              "The shim library has dropped the old shim, and the descriptor does not have the new "
              "one yet.",
@@ -83,6 +91,12 @@ const std::vector<KnownException>& knownExceptions() {
              "\"Could not link to death\", and one attempt is lost; this death is not reported.",
              "Only a service that is linked reports its death.",
              {"reconnection;after look up|link to the death of;death"}},
+            {"A reconnection meets a loading",
+             "Another instance with the provider is loaded while the provider is reconnected.",
+             "Attempts are lost, as the shim of one takes the other's away, and links add up.",
+             "The shim library keeps the newest shim of each provider, and no thread waits for "
+             "another one.",
+             {"reconnection;make a shim|after make a shim|register;load legacy/0"}},
             {"Two reconnections of one provider",
              "The provider that came back dies again while its reconnection has steps left, and a "
              "second thread reconnects the same descriptor.",

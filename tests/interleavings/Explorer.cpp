@@ -10,8 +10,10 @@
 //
 // What a call touches outside, its fake says. What the library touches of its own between two calls
 // is taken to be all unlocked members that an operation of its kind may touch; a change of any
-// other one is a finding. The active devices are touched under the lock only: a change without it
-// is a finding, and locks conflict. The rest of what a thread touches is its own.
+// other one is a finding, and a test compares this with what comes of it if all may be touched. The
+// active devices are touched under the lock only: a change without it is a finding, and locks
+// conflict. Whether somebody holds what is called is read by the call, and written where the last
+// one lets go. The rest of what a thread touches is its own.
 
 #include "tests/interleavings/Explorer.h"
 

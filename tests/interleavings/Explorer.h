@@ -68,8 +68,8 @@ struct Limits {
     unsigned seed = 1;
 };
 
-/** Enough for every two operations but two deaths of one provider. */
-constexpr Limits kInTheTests = {600, 150, 1};
+/** Enough for all orders of nearly every two operations. */
+constexpr Limits kInTheTests = {600, 300, 1};
 
 /**
  * Tries all orders. If they are too many: all with one interruption, with two and with three, as

@@ -68,7 +68,19 @@ class FaultyObject : public OrvoCameraServiceImplementation {
                 &thread, nullptr, [](void*) -> void* { return nullptr; }, nullptr);
     }
 
+    Return<void> getVendorTags(getVendorTags_cb _hidl_cb) override {
+        if (gFault == Fault::kServiceNotHeld) {
+            ICameraProvider* const bare = mHalDescriptors.begin()->mProvider.get();
+            if (bare != nullptr) return bare->getVendorTags(_hidl_cb);
+        }
+        return OrvoCameraServiceImplementation::getVendorTags(_hidl_cb);
+    }
+
     Return<void> isSetTorchModeSupported(isSetTorchModeSupported_cb _hidl_cb) override {
+        if (gFault == Fault::kReadUnexpectedly) {
+            _hidl_cb(Status::OK, mCallback == nullptr);
+            return Void();
+        }
         if (gFault == Fault::kAnsweredTwice) _hidl_cb(Status::OK, true);
         return OrvoCameraServiceImplementation::isSetTorchModeSupported(_hidl_cb);
     }

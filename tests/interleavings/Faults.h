@@ -14,6 +14,8 @@ enum class Fault {
     kLockHeldDuringCall,
     kToldBeforeRecorded,
     kReferenceDropped,
+    kServiceNotHeld,
+    kReadUnexpectedly,
     kThreadNotDetached,
     kAnsweredTwice,
     kLockTakenTwice,

@@ -269,6 +269,12 @@ void Machine::pass(const std::string& kind, const std::string& detail) {
     before(std::move(step));
 }
 
+void Machine::touch(Cells reads, Cells writes) {
+    if (tMachine == nullptr) return;
+    mSteps.back().reads |= reads;
+    mSteps.back().writes |= writes;
+}
+
 bool Machine::holds() const {
     return std::any_of(mHolders.begin(), mHolders.end(),
                        [](const auto& entry) { return entry.second == tNumber; });

@@ -79,6 +79,8 @@ class Machine {
     /** A thread that the library starts. */
     int start(pthread_t* thread, const pthread_attr_t* attributes, void* (*body)(void*),
               void* argument);
+    /** Adds to what the step touches that runs now. */
+    void touch(Cells reads, Cells writes);
     /** The thread's own number. */
     int self() const;
     /** True when the thread holds a mutex. */

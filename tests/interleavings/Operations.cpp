@@ -118,8 +118,8 @@ void World::load(const Operation& operation) {
     }
     // What the entry point does once it has read the map.
     const sp<Object> object = makeObject(mObject->mProviderName.c_str(), mProxy, mMapper);
-    object->initialize();
     mFurther.push_back(object);
+    object->initialize();
 }
 
 }  // namespace orvo::interleavings

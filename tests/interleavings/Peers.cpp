@@ -23,12 +23,12 @@ void Peer::begin(const std::string& kind, bool changes) {
     call.detail = mProcess.name + " (process " + std::to_string(mGeneration) + ")";
     (changes ? call.writes : call.reads) = mProcess.cell;
     World::current()->machine().before(call);
-    World::current()->expectHeld(this, kind);
+    World::current()->expectHeld(this, mProcess.shimCell, kind);
 }
 
 void Peer::end(const std::string& kind) {
     World::current()->machine().after();
-    World::current()->expectHeld(this, kind);
+    World::current()->expectHeld(this, mProcess.shimCell, kind);
 }
 
 // Answers if the process is there, and fails in transport if not.
@@ -112,10 +112,10 @@ Return<void> Framework::hear(const std::string& name, const std::string& what) {
     call.detail = name + " " + what + " (callback " + std::to_string(number) + ")";
     call.writes = World::cameraCell(name);
     world.machine().before(call);
-    world.expectHeld(this, call.detail);
+    world.expectHeld(this, kCallbackHeldCell, call.detail);
     world.tell(number, name, what);
     world.machine().after();
-    world.expectHeld(this, call.detail);
+    world.expectHeld(this, kCallbackHeldCell, call.detail);
     return Void();
 }
 

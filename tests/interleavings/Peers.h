@@ -13,14 +13,21 @@ namespace orvo::interleavings {
 template <typename Interface>
 class Watched : public Interface {
   public:
-    Watched() {
+    /** `held`: whether somebody does is part of that. */
+    explicit Watched(Cells held) : mHeld(held) {
         this->extendObjectLifetime(android::RefBase::OBJECT_LIFETIME_WEAK);
         ++alive;
     }
     ~Watched() override { --alive; }
+    void onLastStrongRef(const void* /* id */) override {
+        if (Machine* const machine = Machine::current()) machine->touch(0, mHeld);
+    }
     bool onIncStrongAttempted(uint32_t /* flags */, const void* /* id */) override { return false; }
 
     static inline int alive = 0;
+
+  private:
+    const Cells mHeld;
 };
 
 /** One process of a provider, or the shim in front of it: every call is one of the machine's. */
@@ -31,7 +38,8 @@ class Peer : public Watched<ICameraProvider> {
     template <typename T>
     using Return = android::hardware::Return<T>;
 
-    Peer(ProviderProcess& process, int generation) : mProcess(process), mGeneration(generation) {}
+    Peer(ProviderProcess& process, int generation)
+        : Watched(process.shimCell), mProcess(process), mGeneration(generation) {}
 
     int generation() const { return mGeneration; }
 
@@ -63,7 +71,7 @@ class Framework : public Watched<ICameraProviderCallback> {
     template <typename T>
     using Return = android::hardware::Return<T>;
 
-    explicit Framework(int number) : number(number) {}
+    explicit Framework(int number) : Watched(kCallbackHeldCell), number(number) {}
 
     Return<void> cameraDeviceStatusChange(
             const android::hardware::hidl_string& name,

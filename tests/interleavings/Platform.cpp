@@ -168,7 +168,7 @@ android::hardware::camera::provider::V2_4::ICameraProvider* HIDL_FETCH_ICameraPr
     machine.before(call("make a shim",
                         std::string(name) + " (process " + std::to_string(generation) + ")", 0,
                         process.cell | process.shimCell));
-    world.expectHeld(provider, "shim factory");
+    world.expectHeld(provider, process.shimCell, "shim factory");
     android::sp<Peer> shim = new Peer(process, generation);
     process.shim = shim;
     process.memories.push_back(shim);

@@ -69,6 +69,7 @@ class Proxy : public ServiceInteractionProxy {
             process.registered = false;
             ++process.generation;
             process.service = new Peer(process, process.generation);
+            process.memories.push_back(process.service);
         }
         const sp<ICameraProvider> service = process.service;
         world.machine().after();
@@ -100,6 +101,8 @@ std::string generationOf(const ICameraProvider* peer) {
 }
 
 }  // namespace
+
+bool gTouchAnything = false;
 
 World* World::current() {
     return gCurrent;
@@ -150,6 +153,7 @@ World::World(const Scenario& scenario, Machine& machine) : mScenario(scenario), 
         kind = "reconnection";
         name = kind + " of " + mMachine.name(parent % kMostOperations);
         members = providerCell(death.provider) | shimCell(death.provider);
+        if (gTouchAnything) members = this->members(death);
     };
     for (const Operation& operation : mScenario.operations) addOperation(operation);
 }
@@ -187,14 +191,16 @@ void World::addOperation(const Operation& operation) {
 Cells World::members(const Operation& operation) const {
     Cells all = 0;
     for (int number = 0; number < mScenario.providers; ++number) {
+        if (gTouchAnything) all |= kCallbackCell | providerCell(number) | shimCell(number);
         if (operation.what == 'V') all |= providerCell(number);
+        if (operation.kind() == "load legacy/0") all |= providerCell(number) | shimCell(number);
         if (operation.kind() == "list" || operation.kind() == "torch support" ||
             operation.kind() == "interface" || operation.kind() == "setCallback") {
             all |= shimCell(number);
         }
     }
     if (operation.kind() == "death") {
-        all = providerCell(operation.provider) | kCallbackCell;
+        all |= providerCell(operation.provider) | kCallbackCell;
     }
     if (operation.kind() == "setCallback" || operation.kind() == "torch" ||
         operation.kind() == "report") {
@@ -220,7 +226,8 @@ ProviderProcess& World::process(const std::string& name) {
     return mProcesses.at(name);
 }
 
-void World::expectHeld(const android::RefBase* called, const std::string& what) {
+void World::expectHeld(const android::RefBase* called, Cells cell, const std::string& what) {
+    mMachine.touch(cell, 0);
     if (called->getStrongCount() > 0) return;
     mMachine.fail(mMachine.name(mMachine.self()) + " uses a reference of nobody: " + what);
 }
@@ -255,18 +262,26 @@ void World::endProcess(const std::string& why) {
 }
 
 Cells World::changes() {
-    std::vector<const void*> members = {mObject->mCallback.get()};
-    for (int number = 0; number < mScenario.providers; ++number) {
-        const auto* const descriptor = Object::HALDescriptor::findByName(
-                mObject->mHalDescriptors, mScenario.provider(number));
-        members.push_back(descriptor->mProvider.get());
-        members.push_back(descriptor->mShim.unsafe_get());
-    }
+    std::vector<const void*> members;
+    std::vector<Cells> cells;
+    const auto add = [&](const void* member, Cells cell) {
+        members.push_back(member);
+        cells.push_back(cell);
+    };
+    const auto addObject = [&](const Object& object) {
+        add(object.mCallback.get(), kCallbackCell);
+        for (int number = 0; number < mScenario.providers; ++number) {
+            const auto* const descriptor = Object::HALDescriptor::findByName(
+                    object.mHalDescriptors, mScenario.provider(number));
+            add(descriptor->mProvider.get(), providerCell(number));
+            add(descriptor->mShim.unsafe_get(), shimCell(number));
+        }
+    };
+    addObject(*mObject);
+    for (const sp<Object>& further : mFurther) addObject(*further);
     Cells changed = 0;
     for (size_t i = 0; i < mMembers.size(); ++i) {
-        if (members[i] == mMembers[i]) continue;
-        const int number = (static_cast<int>(i) - 1) / 2;
-        changed |= i == 0 ? kCallbackCell : i % 2 == 1 ? providerCell(number) : shimCell(number);
+        if (members[i] != mMembers[i]) changed |= cells[i];
     }
     mMembers = std::move(members);
     if (mActive != mObject->mActiveDevices) {

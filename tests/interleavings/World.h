@@ -18,6 +18,10 @@ using Object =
 using android::hardware::camera::provider::V2_4::ICameraProvider;
 using android::hardware::camera::provider::V2_4::ICameraProviderCallback;
 
+/** Whether somebody holds a callback: read by each call of it, written when the last one lets go.
+ */
+constexpr Cells kCallbackHeldCell = Cells{1} << 15;
+
 /** Thrown to end the one thread that ends the process. */
 struct ProcessEnded {};
 
@@ -41,7 +45,7 @@ struct ProviderProcess {
     bool registered = false;  ///< The provider object is the callback of the one that runs.
     android::sp<Peer> service;
     android::sp<Peer> shim;  ///< The newest; its library keeps it.
-    /** All of them: the library gets a bare pointer, which may be all that is left of one. */
+    /** Of all of both: a bare pointer may be all that is left of one. */
     std::vector<android::wp<Peer>> memories;
     std::vector<Link> links;
 };
@@ -50,6 +54,9 @@ struct ProviderProcess {
 ICameraProvider* loadInstance(const char* name);
 /** The library has not loaded the MR library any more. */
 void forgetMrLibrary();
+
+/** Set by a test: every operation may touch every member, whatever it is known to touch. */
+extern bool gTouchAnything;
 
 /** At most one exists at a time. */
 class World {
@@ -71,7 +78,7 @@ class World {
     Machine& machine() { return mMachine; }
     ProviderProcess& process(const std::string& name);
     /** A finding when nobody holds `called` while it is being called. */
-    void expectHeld(const android::RefBase* called, const std::string& what);
+    void expectHeld(const android::RefBase* called, Cells cell, const std::string& what);
     void tell(int framework, const std::string& camera, const std::string& what);
     void log(int priority, const std::string& text);
     std::string property(const std::string& name) const;
@@ -117,7 +124,7 @@ class World {
     std::shared_ptr<orvo::camera::IProviderMapper> mMapper;
     android::sp<Object> mObject;
     std::vector<android::sp<Object>> mFurther;
-    std::vector<const void*> mMembers;  // As changes() saw them last.
+    std::vector<const void*> mMembers;  // Of all objects, as changes() saw them last.
     std::map<std::string, std::string> mActive;
 };
 

@@ -73,7 +73,8 @@ TEST(OutputTest, DurationsAreReadable) {
 TEST(LogLineTest, AHeadIsTakenApart) {
     LogParser parser("camera_provider_service");
     const LogLine line = parser.parse(
-            "OrvoCameraServiceImpl E 11-21 09:58:49.123456 14677 14684 Camera provider external/0 has "
+            "OrvoCameraServiceImpl E 11-21 09:58:49.123456 14677 14684 Camera provider external/0 "
+            "has "
             "died");
     EXPECT_EQ("camera_provider_service", line.program);
     EXPECT_EQ("OrvoCameraServiceImpl", line.tag);

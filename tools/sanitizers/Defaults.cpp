@@ -16,12 +16,10 @@ const char* __ubsan_default_options() {
 
 /**
  * Debian's libraries are not instrumented: what they do inside is not looked at. A report ends the
- * process at once, or else a test might pass in spite of it. A thread that has ended and was not
- * waited for is no race: programs with a thread pool end by _exit, the only safe way out of them.
+ * process at once, or else a test might pass in spite of it.
  */
 const char* __tsan_default_options() {
     return "ignore_noninstrumented_modules=1:halt_on_error=1:second_deadlock_stack=1:"
-           "report_thread_leaks=0:"
            "suppressions=" ORVO_TSAN_SUPPRESSIONS;
 }
 }

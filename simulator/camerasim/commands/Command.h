@@ -101,5 +101,8 @@ int reportBugs(const Values& values);
 int stopHeadset(const Values& values);
 int bootHeadset(const Values& values);
 int tourHeadset(const Values& values);
+int writeHeadset(const Values& values);
+int checkFiles(const Values& values);
+int printKeys(const Values& values);
 
 }  // namespace orvo::simulator

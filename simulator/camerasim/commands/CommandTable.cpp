@@ -63,6 +63,22 @@ std::vector<Command> sessions() {
                " when they end within a second again and again"}},
              bootHeadset},
             {"stop", "shut the device down", "camerasim stop", {deviceOption()}, stopHeadset},
+            {"new",
+             "write the directory of a small device, to start from",
+             "camerasim new my-headset",
+             {{Kind::WORD, "DEVICE_DIR", "where; it must not be there, or be empty",
+               Completion::DIRECTORIES}},
+             writeHeadset},
+            {"check",
+             "say all that is wrong with the files of a device; ends with 1 if something is",
+             "camerasim check my-headset",
+             {directory()},
+             checkFiles},
+            {"keys",
+             "list what the descriptions of a device may say, as docs/descriptions.md",
+             "camerasim keys",
+             {},
+             printKeys},
     };
 }
 

@@ -4,11 +4,15 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <deque>
 #include <iostream>
 #include <sstream>
 #include <string>
+#include <vector>
+
+#include <android-base/strings.h>
 
 #include "simulator/camerasim/Looks.h"
 #include "simulator/camerasim/commands/Command.h"
@@ -26,6 +30,8 @@ using std::chrono::milliseconds;
 namespace {
 
 constexpr size_t kEventsShown = 10;
+/** On a low terminal the events have that part of it. */
+constexpr size_t kEventsPart = 3;
 
 /** Ctrl-C is not heard meanwhile. */
 constexpr milliseconds kStatePatience{3000};
@@ -48,7 +54,7 @@ class Watch {
     Result<void> readHistory();
     EventsRequest followRequest() const { return {mNext, true}; }
     void remember(const TimelineEvent& event);
-    std::string picture() const;
+    void draw(LiveScreen& screen) const;
     /** Takes every event that is there. @return false if the device has ended. */
     Result<bool> takeEvents(ControlClient& events);
 
@@ -70,7 +76,7 @@ Result<void> Watch::readHistory() {
     return {};
 }
 
-std::string Watch::picture() const {
+void Watch::draw(LiveScreen& screen) const {
     std::ostringstream out;
     const auto state = ask(mRoot, StateRequest(), kStatePatience);
     if (state) {
@@ -81,10 +87,14 @@ std::string Watch::picture() const {
     } else {
         out << state.error().message() << "\n";
     }
-    out << "\n";
-    for (const TimelineEvent& event : mLast) out << numberedEvent(event, wantsColour()) << "\n";
-    out << painted("Ctrl-C ends this; the device stays", Paint::DIM, wantsColour());
-    return out.str();
+    std::vector<std::string> below;
+    const size_t most = std::max<size_t>(1, LiveScreen::rows() / kEventsPart);
+    const size_t left = mLast.size() > most ? mLast.size() - most : 0;
+    for (size_t i = left; i < mLast.size(); i++) {
+        below.push_back(numberedEvent(mLast[i], wantsColour()));
+    }
+    below.push_back(painted("Ctrl-C or q ends this; the device stays", Paint::DIM, wantsColour()));
+    screen.show(android::base::Split(out.str(), "\n"), below);
 }
 
 Result<bool> Watch::takeEvents(ControlClient& events) {
@@ -107,10 +117,14 @@ Result<void> Watch::onTerminal() {
     if (!events) return unexpected(events.error());
     LiveScreen screen;
     for (;;) {
-        screen.show(picture());
-        pollfd awaited[] = {{events->descriptor(), POLLIN, 0}, {screen.signals(), POLLIN, 0}};
-        TEMP_FAILURE_RETRY(poll(awaited, 2, -1));
+        draw(screen);
+        pollfd awaited[] = {{events->descriptor(), POLLIN, 0},
+                            {screen.signals(), POLLIN, 0},
+                            {screen.keys(), POLLIN, 0}};
+        TEMP_FAILURE_RETRY(poll(awaited, 3, -1));
         if (awaited[1].revents != 0 && screen.isAskedToEnd()) return {};
+        if (awaited[2].revents != 0 && screen.takeKeys()) return {};
+        if (awaited[0].revents == 0) continue;
         const auto running = takeEvents(*events);
         if (!running) return unexpected(running.error());
         if (!*running) return {};

@@ -182,7 +182,7 @@ TEST_F(WatchTest, OnNoTerminalThereIsOnePictureAndThenALineForEachEvent) {
 TEST_F(WatchTest, OnATerminalEachEventIsANewPictureAndTheTerminalIsGivenBack) {
     ProgramRun run({"/usr/bin/script", "-qec", programPath("camerasim") + " watch", "/dev/null"},
                    environment());
-    ASSERT_TRUE(run.awaitOutput("Ctrl-C ends this"));
+    ASSERT_TRUE(run.awaitOutput("Ctrl-C or q ends this"));
     EXPECT_THAT(run.output(), HasSubstr("\033[?1049h"));
     EXPECT_THAT(run.output(), HasSubstr("legacy/0   \033[1;31mNOT_PRESENT\033[0m"));
     ASSERT_EQ(2u, mDevice.requests("events", 2).size());
@@ -198,7 +198,7 @@ TEST_F(WatchTest, OnATerminalEachEventIsANewPictureAndTheTerminalIsGivenBack) {
 TEST_F(WatchTest, AnInterruptGivesTheTerminalBack) {
     const std::string program = programPath("camerasim");
     ProgramRun run({"/usr/bin/script", "-qec", program + " watch", "/dev/null"}, environment());
-    ASSERT_TRUE(run.awaitOutput("Ctrl-C ends this"));
+    ASSERT_TRUE(run.awaitOutput("Ctrl-C or q ends this"));
     for (const pid_t pid : processesWithEnvironment("TMPDIR=" + mTemporary.path())) {
         std::error_code gone;
         const auto file = "/proc/" + std::to_string(pid) + "/exe";

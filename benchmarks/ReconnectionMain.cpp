@@ -11,6 +11,7 @@
 
 #include <semaphore.h>
 #include <chrono>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -34,11 +35,10 @@ namespace {
 using android::sp;
 using android::hardware::hidl_death_recipient;
 using android::hardware::camera::provider::V2_4::ICameraProvider;
-using simulator::RunningDevice;
+using simulator::Programs;
 using Clock = std::chrono::steady_clock;
 using Microseconds = std::chrono::duration<double, std::micro>;
 
-constexpr char kStageVariable[] = "ORVO_BENCHMARK_STAGE";
 constexpr char kInstance[] = "external/0";
 constexpr char kReconnected[] = "Successfully reinitialized provider external/0";
 constexpr timespec kPause = {0, 500'000'000};
@@ -47,6 +47,11 @@ constexpr time_t kPatience = 30;  // Seconds.
 Clock::time_point gPauseEnded;  // Written by the thread that posts gReconnected below.
 Clock::time_point gRegistered;
 sem_t gReconnected;
+
+/** The directory that is set for the inner process only, below the root of the stage. */
+const char* runDirectory() {
+    return getenv("ORVO_DEVICE_DIR");
+}
 
 // The library logs the reconnection at once after it has registered.
 void watchForReconnection(const __android_logger_data*, const char* message) {
@@ -63,8 +68,8 @@ bool awaitReconnection() {
 }
 
 // A new process of the provider in place of the one that runs.
-bool replaceProvider(RunningDevice& device) {
-    const std::string program = RunningDevice::programOf(kInstance);
+bool replaceProvider(Programs& device) {
+    const std::string program = Programs::programOf(kInstance);
     device.supervisor().signal(program, SIGKILL);
     if (!device.supervisor().awaitEnd(program, std::chrono::seconds(kPatience))) return false;
     const auto started = device.startProvider(kInstance);
@@ -72,7 +77,7 @@ bool replaceProvider(RunningDevice& device) {
     return started.has_value();
 }
 
-std::optional<Microseconds> timeProduct(RunningDevice& device) {
+std::optional<Microseconds> timeProduct(Programs& device) {
     if (!replaceProvider(device) || !awaitReconnection()) return std::nullopt;
     return gRegistered - gPauseEnded;
 }
@@ -82,7 +87,7 @@ struct Mourner : hidl_death_recipient {
 };
 
 // The same calls by hand, as long after the start as the library makes them.
-std::optional<Microseconds> timeFloor(RunningDevice& device) {
+std::optional<Microseconds> timeFloor(Programs& device) {
     const sp<SilentFramework> framework = new SilentFramework;
     const sp<Mourner> mourner = new Mourner;
     const auto death = Clock::now();
@@ -100,19 +105,20 @@ std::optional<Microseconds> timeFloor(RunningDevice& device) {
 }
 
 int measure(const std::string& side, int rounds) {
-    const auto description = simulator::DeviceDescription::read(ORVO_HEADSET);
+    const auto description = simulator::HeadsetDescription::read(ORVO_HEADSET);
     const auto installation = simulator::Installation::ofThisProgram();
     if (!description || !installation) return 1;
     android::hardware::configureRpcThreadpool(4, false);
     sem_init(&gReconnected, 0, 0);
-    RunningDevice device(*description, *installation, simulator::Stage(getenv(kStageVariable)));
+    Programs device(*description, *installation,
+                    simulator::Stage(std::filesystem::path(runDirectory()).parent_path()));
     if (const auto booted = device.boot(); !booted) {
         std::cerr << booted.error().message() << "\n";
         return 1;
     }
     // This process takes the place of the service.
-    device.supervisor().signal(RunningDevice::kService, SIGKILL);
-    device.supervisor().awaitEnd(RunningDevice::kService, std::chrono::seconds(kPatience));
+    device.supervisor().signal(Programs::kService, SIGKILL);
+    device.supervisor().awaitEnd(Programs::kService, std::chrono::seconds(kPatience));
     __android_log_set_logger(watchForReconnection);
     const sp<SilentFramework> framework = new SilentFramework;
     sp<ICameraProvider> product;
@@ -133,22 +139,17 @@ int measure(const std::string& side, int rounds) {
 }
 
 int runOutside(char** arguments) {
-    const auto description = simulator::DeviceDescription::read(ORVO_HEADSET);
-    const auto installation = simulator::Installation::ofThisProgram();
-    if (!description || !installation) {
-        std::cerr << "the default device or the build is not complete\n";
+    simulator::SessionOptions options;
+    options.directory = ORVO_HEADSET;
+    options.command = {std::filesystem::read_symlink("/proc/self/exe"), arguments[1], arguments[2]};
+    auto session = simulator::Session::start(options);
+    if (!session) {
+        std::cerr << session.error().message() << "\n";
         return 1;
     }
-    auto host = simulator::DeviceHost::prepare(*description, *installation, false);
-    if (!host) {
-        std::cerr << host.error().message() << "\n";
-        return 1;
-    }
-    const auto status = host->run([&](int) -> std::vector<std::string> {
-        setenv(kStageVariable, host->stage().root().c_str(), 1);
-        return {installation->camerasim, arguments[1], arguments[2]};
-    });
-    return status ? *status : 1;
+    const int status = session->awaitEnd();
+    session->finish();
+    return status;
 }
 
 }  // namespace
@@ -174,9 +175,7 @@ int main(int argc, char** argv) {
         std::cerr << "usage: benchmark_reconnection product|floor ROUNDS\n";
         return 1;
     }
-    if (getenv(orvo::benchmarks::kStageVariable) == nullptr) {
-        return orvo::benchmarks::runOutside(argv);
-    }
+    if (orvo::benchmarks::runDirectory() == nullptr) return orvo::benchmarks::runOutside(argv);
     const int status = orvo::benchmarks::measure(argv[1], atoi(argv[2]));
     // Threads of the pool still run; ending without destructors is the only safe way out.
     _exit(status);

@@ -191,10 +191,8 @@ TEST_F(CamerasimTest, AProgramThatDiesEndsTheTourWithItsLog) {
     ProgramRun run(tour({"--pause", "2"}), environment());
     ASSERT_TRUE(run.awaitOutput("every program ready; each instance found"));
     const std::string marker = "virtual/0, process ";
-    const std::string out = [&] {
-        EXPECT_TRUE(run.awaitOutput(marker));
-        return run.output();
-    }();
+    ASSERT_TRUE(run.awaitOutput("seen      device@3.2/legacy/7 PRESENT"));
+    const std::string& out = run.output();
     const pid_t provider = std::stoi(out.substr(out.find(marker) + marker.size()));
     kill(provider, SIGKILL);
     const ProgramEnd end = run.awaitEnd();

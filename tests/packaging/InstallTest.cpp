@@ -167,9 +167,9 @@ TEST_F(InstallTest, ASimulatedProviderIsAddedAsTheDocumentSays) {
     insertBefore(device / "device.yaml", "  - providers/external.yaml",
                  "  - providers/thermal.yaml\n");
 
-    const Outcome undeclared = run("tools/bin/camerasim tour device");
-    EXPECT_EQ(undeclared.status, 2);
-    EXPECT_THAT(undeclared.output, HasSubstr("thermal/0; add it to"));
+    const Outcome undeclared = run("tools/bin/camerasim check device");
+    EXPECT_EQ(undeclared.status, 1);
+    EXPECT_THAT(undeclared.output, HasSubstr("thermal/0"));
 
     insertBefore(device / "vendor/etc/vintf/manifest.xml", "<instance>virtual/0</instance>",
                  "<instance>thermal/0</instance>\n");

@@ -60,6 +60,12 @@ std::string listed(const std::vector<std::string>& words, const std::string& non
     return words.empty() ? none : android::base::Join(words, ", ");
 }
 
+std::string hexadecimal(uint32_t number) {
+    char text[16];
+    snprintf(text, sizeof(text), "0x%08x", number);
+    return text;
+}
+
 std::string eventLine(const TimelineEvent& event, bool colour) {
     char seconds[32];
     snprintf(seconds, sizeof(seconds), " %9.3f", event.seconds);

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,9 @@ bool wantsColour();
 
 /** "a, b, c", or `none` if there are none. */
 std::string listed(const std::vector<std::string>& words, const std::string& none = "nothing");
+
+/** Such as "0x80010000": how tags are written. */
+std::string hexadecimal(uint32_t number);
 
 /** One line of the timeline, without its end. */
 std::string eventLine(const TimelineEvent& event, bool colour);

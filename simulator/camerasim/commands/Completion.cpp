@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Completion: what a shell offers, from the table of commands and from the headset that runs.
 
-#include <algorithm>
 #include <chrono>
 
 #include "simulator/camerasim/commands/Command.h"

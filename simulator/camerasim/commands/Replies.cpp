@@ -17,12 +17,6 @@ namespace {
 
 constexpr char kNoService[] = "the device serves no instance; camerasim ps says why";
 
-std::string hexadecimal(uint32_t number) {
-    char text[16];
-    snprintf(text, sizeof(text), "0x%08x", number);
-    return text;
-}
-
 void addSection(Table& table, const std::string& service, const TagSection& section) {
     // The library puts an empty section of a provider's name before that provider's sections.
     if (section.tags.empty()) table.addRow({service, {section.name, Paint::DIM}, "", "", ""});

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // CameraRequests: the requests that the framework passes on to the service, and the properties.
 
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>

@@ -5,7 +5,6 @@
 
 #include <fcntl.h>
 
-#include <iostream>
 #include <optional>
 
 #include <android-base/unique_fd.h>

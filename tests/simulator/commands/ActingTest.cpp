@@ -164,8 +164,7 @@ TEST_F(ActingTest, WaitTellsHowLongItTook) {
     mDevice.answer("wait", {{"met", true}, {"seconds", 0.5}});
     expectPrints({"wait", "provider", "external/0", "connected", "--timeout", "2.5"},
                  "provider external/0 connected after 0.50 s\n");
-    expectAsked("wait",
-                {{"condition", {"provider", "external/0", "connected"}}, {"timeout", 2.5}});
+    expectAsked("wait", {{"condition", {"provider", "external/0", "connected"}}, {"timeout", 2.5}});
     expectDocument({"wait", "cameras", "4", "--format=json"}, {{"met", true}, {"seconds", 0.5}});
 }
 

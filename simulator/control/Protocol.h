@@ -186,7 +186,7 @@ android::base::Result<Request> parseRequest(const std::string& line);
 // exception.
 #define ORVO_AS_JSON(Type)                                 \
     void to_json(nlohmann::json& json, const Type& value); \
-    void from_json(const nlohmann::json& json, Type& value)
+    void from_json(const nlohmann::json& json, Type& /* NOLINT */ value)
 ORVO_AS_JSON(HeadsetState);
 ORVO_AS_JSON(CameraState);
 ORVO_AS_JSON(TimelineEvent);

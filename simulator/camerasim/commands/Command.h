@@ -43,7 +43,7 @@ struct Argument {
     std::string sentence;
     Completion completion = Completion::NONE;
     Words choices = {};     ///< the only words that it can be, if there are any
-    std::string type = "";  ///< what the help calls an option's value
+    std::string type = {};  ///< what the help calls an option's value
 
     bool isOption() const { return kind >= Kind::FLAG; }
     /** Such as "--follow". */

@@ -21,7 +21,6 @@ namespace orvo::simulator {
 
 namespace fs = std::filesystem;
 using android::base::Result;
-using android::base::unexpected;
 
 namespace {
 

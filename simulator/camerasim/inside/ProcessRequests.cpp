@@ -88,9 +88,10 @@ Result<std::string> cameraOf(const std::string& provider,
 }  // namespace
 
 Requests::Result<std::string> Requests::runningProgram(const std::string& name) const {
-    const auto program = mHeadset.programOf(name);
-    if (!program) return unexpected(program.error());
-    if (!mHeadset.supervisor().isRunning(*program)) return didNotHappen(name + " is not running");
+    auto program = mHeadset.programOf(name);
+    if (program && !mHeadset.supervisor().isRunning(*program)) {
+        return didNotHappen(name + " is not running");
+    }
     return program;
 }
 

@@ -164,7 +164,7 @@ TEST(DiagnosisTest, ServedByTheServiceItself) {
     facts.serviceRunning = false;
     EXPECT_EQ("the camera provider service is not running", problemOf(facts));
     facts.declared = false;
-    EXPECT_EQ("served but not declared in the manifest: nobody can find it", problemOf(facts));
+    EXPECT_EQ("served but not declared in the manifest: a device finds it not", problemOf(facts));
 }
 
 TEST(DiagnosisTest, ServedByAServiceThatIsHung) {

@@ -15,7 +15,6 @@
 namespace orvo::simulator {
 
 using android::base::Result;
-using android::base::unexpected;
 using nlohmann::json;
 
 namespace {

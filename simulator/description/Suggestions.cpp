@@ -37,6 +37,7 @@ size_t distance(const std::string& from, const std::string& to) {
 std::string someOf(std::vector<std::string> names, const std::string& meant) {
     if (names.size() <= kHandful) return android::base::Join(names, ", ");
     std::vector<std::pair<size_t, std::string>> ranked;
+    ranked.reserve(names.size());
     for (std::string& name : names) ranked.emplace_back(distance(name, meant), std::move(name));
     std::stable_sort(ranked.begin(), ranked.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });

@@ -68,7 +68,7 @@ EndingSignals::EndingSignals(std::function<void()> end) {
 
 EndingSignals::~EndingSignals() {
     mIsOver = true;
-    pthread_kill(mThread.native_handle(), SIGTERM);
+    pthread_kill(mThread.native_handle(), SIGINT);
     mThread.join();
 }
 

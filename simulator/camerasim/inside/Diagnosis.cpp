@@ -80,7 +80,8 @@ std::string unconnectedProblem(const ProviderFacts& facts) {
 
 std::string problemOf(const ProviderFacts& facts) {
     if (facts.served) {
-        if (!facts.declared) return "served but not declared in the manifest: a device finds it not";
+        if (!facts.declared)
+            return "served but not declared in the manifest: a device finds it not";
         return servedProblem(facts);
     }
     if (!facts.described) return nobodysProblem(facts);

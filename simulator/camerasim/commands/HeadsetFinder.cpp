@@ -120,7 +120,9 @@ Result<std::string> chooseHeadset(const std::string& wanted) {
 
 Result<std::string> chooseHeadsetOrRemains(const std::string& wanted) {
     const std::string asRoot = canonical(wanted);
-    if (!wanted.empty() && fs::is_directory(Stage(asRoot).logs())) return asRoot;
+    std::error_code none;
+    // A name is no directory; the machine's own /run/log is none of a device's.
+    if (!asRoot.empty() && fs::is_directory(Stage(asRoot).logs(), none)) return asRoot;
     return chooseHeadset(wanted);
 }
 

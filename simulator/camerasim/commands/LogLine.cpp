@@ -16,6 +16,8 @@ namespace orvo::simulator {
 namespace {
 
 constexpr char kPriorities[] = "VDIWEFS";
+/** What stands before the message, with any tag that a program of a device has. */
+constexpr size_t kLongestHead = 512;
 
 size_t rankOf(const std::string& priority) {
     return std::string(kPriorities).find(priority);
@@ -40,9 +42,11 @@ LogLine LogParser::parse(const std::string& line) {
     // has no microseconds.
     static const std::regex kHead(
             R"(^(.*?) ([VDIWEFS]) (\d\d-\d\d) (\d\d:\d\d:\d\d(?:\.\d{6})?) +(\d{1,9}) +(\d{1,9}) )");
+    // The expression's depth of recursion is the length of what it reads.
+    const std::string begin = line.substr(0, kLongestHead);
     std::smatch parts;
     LogLine parsed = mLast;
-    if (!std::regex_search(line, parts, kHead)) {
+    if (!std::regex_search(begin, parts, kHead)) {
         parsed.message = line;
         return parsed;
     }
@@ -53,7 +57,7 @@ LogLine LogParser::parse(const std::string& line) {
     parsed.pid = std::stoi(parts[5]);
     parsed.tid = std::stoi(parts[6]);
     mLast = parsed;
-    parsed.message = parts.suffix();
+    parsed.message = line.substr(parts.length());
     return parsed;
 }
 

@@ -85,6 +85,20 @@ TEST_F(LogTest, TheLogOfADeviceThatHasEndedCanBeRead) {
     EXPECT_THAT(end.out, HasSubstr("plugged\n"));
 }
 
+TEST_F(LogTest, TheDeviceMayBeNamed) {
+    expectPrints({"log", "--device", "headset", "--tag", "Simulated"},
+                 "09:58:49.200000  provider-external-0  W Simulated: plugged\n");
+    expectComplaint({"log", "--device", "glasses"}, 2,
+                    "no device 'glasses' is running; there is headset (" + mDevice.root() + ")");
+}
+
+TEST_F(LogTest, ALineMayBeLong) {
+    const std::string text(1000 * 1000, 'x');
+    mDevice.write("run/log/long.log", text + "\nLong I 11-21 10:00:00.000000 1 1 " + text + "\n");
+    expectPrints({"log", "--program", "long"},
+                 "  long  " + text + "\n10:00:00.000000  long  I Long: " + text + "\n");
+}
+
 TEST_F(LogTest, FollowingMissesNothing) {
     ProgramRun run(commandLine({"log", "-f"}), environment());
     ASSERT_TRUE(run.awaitOutput("its second line"));

@@ -70,8 +70,11 @@ void Headset::stop() {
 }
 
 std::vector<std::string> Headset::endPrograms() {
-    mStopping = true;
-    return mPrograms.shutDown();
+    const bool isFirst = !mStopping.exchange(true);
+    std::vector<std::string> complaints = mPrograms.shutDown();
+    // Whoever comes second finds ended what the first one has ended: nothing to complain of.
+    if (!isFirst) complaints.clear();
+    return complaints;
 }
 
 // What `camerasim ps` would complain of, once the service had its time to connect.

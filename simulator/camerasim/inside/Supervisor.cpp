@@ -189,13 +189,15 @@ void Supervisor::stopAll(std::chrono::milliseconds patience) {
     mStopping = true;
     for (auto it = mChildren.rbegin(); it != mChildren.rend(); ++it) {
         const Child& child = it->second;
-        if (!child.running) continue;
-        kill(child.pid, SIGTERM);
-        kill(child.pid, SIGCONT);  // a stopped process hears SIGTERM only when it goes on
-        if (mChanged.wait_for(lock, patience, [&]() REQUIRES(mLock) { return child.observed; }))
-            continue;
-        kill(child.pid, SIGKILL);
-        mChanged.wait(lock, [&]() REQUIRES(mLock) { return child.observed; });
+        const auto observed = [&]() REQUIRES(mLock) { return child.observed; };
+        if (child.running) {
+            kill(child.pid, SIGTERM);
+            kill(child.pid, SIGCONT);  // a stopped process hears SIGTERM only when it goes on
+            mChanged.wait_for(lock, patience, observed);
+        }
+        if (child.running) kill(child.pid, SIGKILL);
+        // Also of one that ended by itself a moment ago: what the observer uses may go after this.
+        mChanged.wait(lock, observed);
     }
 }
 

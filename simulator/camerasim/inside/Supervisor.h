@@ -77,7 +77,8 @@ class Supervisor {
     /** False if it is not running. */
     bool signal(const std::string& name, int signal);
 
-    /** Ends every program, the last one started first: SIGTERM, and SIGKILL after the patience. */
+    /** Ends every program, the last one started first: SIGTERM, and SIGKILL after the patience. The
+     *  observer has returned for each that was ever started, and is not called any more. */
     void stopAll(std::chrono::milliseconds patience = std::chrono::seconds(3));
 
   private:

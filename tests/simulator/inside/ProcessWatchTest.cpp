@@ -4,6 +4,8 @@
 #include <signal.h>
 #include <sys/wait.h>
 
+#include <atomic>
+#include <chrono>
 #include <future>
 #include <mutex>
 #include <string>
@@ -106,6 +108,25 @@ TEST_F(SupervisorObserverTest, StoppingTellsOfEveryProgram) {
     mSupervisor.stopAll();
     EXPECT_THAT(ends(), ElementsAre("second ended by signal 15 (Terminated)",
                                     "first ended by signal 15 (Terminated)"));
+}
+
+TEST_F(SupervisorObserverTest, StoppingWaitsForTheObserverOfOneThatEndedByItself) {
+    std::promise<void> begun, let;
+    std::atomic<bool> returned{false};
+    mSupervisor.observeEnds([&](const std::string& /*name*/, pid_t /*pid*/, const std::string&) {
+        begun.set_value();
+        let.get_future().wait();
+        returned = true;
+    });
+    start("one", "exit 0");
+    begun.get_future().wait();
+    std::thread stopping([&] {
+        mSupervisor.stopAll();
+        EXPECT_TRUE(returned);
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    let.set_value();
+    stopping.join();
 }
 
 class ListenerChangesTest : public ::testing::Test {

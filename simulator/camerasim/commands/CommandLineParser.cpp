@@ -8,6 +8,7 @@
 #include <map>
 #include <string>
 
+#include <android-base/parsedouble.h>
 #include <android-base/parseint.h>
 #include <CLI/CLI.hpp>
 
@@ -29,6 +30,13 @@ std::string mistakeInNumber(const std::string& word) {
     int64_t number = 0;
     if (android::base::ParseInt<int64_t>(word, &number, 1)) return "";
     return "'" + onOneLine(word) + "' is no whole number of 1 or more";
+}
+
+/** Error of what is in any range, for it is no number; "" otherwise. */
+std::string mistakeInSeconds(const std::string& word) {
+    double seconds = 0;
+    if (android::base::ParseDouble(word.c_str(), &seconds) && seconds >= 0) return "";
+    return "'" + onOneLine(word) + "' is no number of seconds";
 }
 
 /** Where the words of one command are put. */
@@ -62,6 +70,8 @@ void addArgument(CLI::App& parser, const Argument& argument, Parsed& parsed) {
             break;
         case Argument::Kind::SECONDS:
             option->check(CLI::Range(0.0, kLongestSeconds).description(""));
+            option->check(
+                    CLI::Validator([](std::string& word) { return mistakeInSeconds(word); }, ""));
             break;
         default:
             break;

@@ -94,7 +94,7 @@ bool LiveScreen::takeKeys() {
     const std::string key(bytes, count);
     const int moved = static_cast<int>(mScrolled) + movementOf(key, static_cast<int>(mRoom));
     mScrolled = std::max(0, moved);
-    return key == "q";
+    return key.find('q') != std::string::npos;  // several keys may have come at once
 }
 
 bool LiveScreen::isAskedToEnd() const {

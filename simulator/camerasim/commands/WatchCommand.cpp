@@ -36,8 +36,10 @@ constexpr size_t kEventsPart = 3;
 /** Ctrl-C is not heard meanwhile. */
 constexpr milliseconds kStatePatience{3000};
 
-/** Events that come in a row are drawn once. */
+/** Events that come in a row are drawn once; but what never ends must not hold up the picture and
+ *  Ctrl-C. */
 constexpr int kQuietMilliseconds = 50;
+constexpr milliseconds kLongestUndrawn{500};
 
 /** Follows a device's events and draws what it is like after them. */
 class Watch {
@@ -55,7 +57,7 @@ class Watch {
     EventsRequest followRequest() const { return {mNext, true}; }
     void remember(const TimelineEvent& event);
     void draw(LiveScreen& screen) const;
-    /** Takes every event that is there. @return false if the device has ended. */
+    /** Takes the events that come in a row. @return false if the device has ended. */
     Result<bool> takeEvents(ControlClient& events);
 
     const std::string mRoot;
@@ -98,8 +100,10 @@ void Watch::draw(LiveScreen& screen) const {
 }
 
 Result<bool> Watch::takeEvents(ControlClient& events) {
+    const auto deadline = std::chrono::steady_clock::now() + kLongestUndrawn;
     pollfd more{events.descriptor(), POLLIN, 0};
-    while (events.hasLine() || poll(&more, 1, kQuietMilliseconds) > 0) {
+    while (std::chrono::steady_clock::now() < deadline &&
+           (events.hasLine() || poll(&more, 1, kQuietMilliseconds) > 0)) {
         const auto message = events.next(kStatePatience);
         if (!message) return unexpected(message.error());
         if (message->kind != ControlMessage::Kind::EVENT) return false;
@@ -121,10 +125,10 @@ Result<void> Watch::onTerminal() {
         pollfd awaited[] = {{events->descriptor(), POLLIN, 0},
                             {screen.signals(), POLLIN, 0},
                             {screen.keys(), POLLIN, 0}};
-        TEMP_FAILURE_RETRY(poll(awaited, 3, -1));
+        TEMP_FAILURE_RETRY(poll(awaited, 3, events->hasLine() ? 0 : -1));
         if (awaited[1].revents != 0 && screen.isAskedToEnd()) return {};
         if (awaited[2].revents != 0 && screen.takeKeys()) return {};
-        if (awaited[0].revents == 0) continue;
+        if (awaited[0].revents == 0 && !events->hasLine()) continue;
         const auto running = takeEvents(*events);
         if (!running) return unexpected(running.error());
         if (!*running) return {};

@@ -97,6 +97,7 @@ TEST_F(ComplaintTest, WrongWordsOnTheCommandLineAreRefused) {
                                       {"events", "--from", "0"},
                                       {"wait"},
                                       {"wait", "cameras", "1", "--timeout", "soon"},
+                                      {"wait", "cameras", "1", "--timeout", "nan"},
                                       {"wait", "cameras", "1", "--timeout", "-1"}};
     for (const Words& words : wrong) {
         const ProgramEnd end = camerasim(words);

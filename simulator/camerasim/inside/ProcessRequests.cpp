@@ -136,9 +136,10 @@ Requests::Result<ProcessReply> Requests::perform(const HangRequest& request) {
     if (!pid || !supervisor.signal(*program, SIGSTOP)) {
         return didNotHappen(who + " is not running any more");
     }
-    // Told when it has stopped, or that it never will because it has ended.
+    // Told when it has stopped, or that it never will because it has ended; others who ask for the
+    // same are told, too.
     siginfo_t info;
-    TEMP_FAILURE_RETRY(waitid(P_PID, *pid, &info, WSTOPPED));
+    TEMP_FAILURE_RETRY(waitid(P_PID, *pid, &info, WSTOPPED | WNOWAIT));
     return processNow(who, "hangs");
 }
 

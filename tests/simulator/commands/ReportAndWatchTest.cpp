@@ -5,11 +5,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <string>
 #include <system_error>
+#include <thread>
 
 #include <android-base/file.h>
 
@@ -203,6 +206,25 @@ TEST_F(WatchTest, OnALowTerminalTheNewestEventsStayAndTheRestIsCounted) {
     EXPECT_THAT(run.output(), Not(HasSubstr("started, process 4001"))) << "an older event";
     EXPECT_THAT(run.output(), HasSubstr(" more; the arrow keys move"));
     EXPECT_THAT(run.output(), Not(HasSubstr("device@3.2/default/0"))) << "the last camera";
+    mDevice.end();
+    EXPECT_EQ(0, run.awaitEnd().status);
+}
+
+TEST_F(WatchTest, EventsThatNeverPauseAreDrawnMeanwhile) {
+    ProgramRun run({"/usr/bin/script", "-qec", programPath("camerasim") + " watch", "/dev/null"},
+                   environment());
+    ASSERT_TRUE(run.awaitOutput("Ctrl-C or q ends this"));
+    ASSERT_EQ(2u, mDevice.requests("events", 2).size());
+    std::atomic<bool> isOver{false};
+    std::thread storm([&] {
+        while (!isOver) {
+            mDevice.happen(kTorch);
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+    });
+    EXPECT_TRUE(run.awaitOutput("3.500"));
+    isOver = true;
+    storm.join();
     mDevice.end();
     EXPECT_EQ(0, run.awaitEnd().status);
 }

@@ -67,7 +67,8 @@ struct TimelineEvent {
     int64_t number;    ///< 1 and up, without gaps
     std::string time;  ///< of day, local, such as "14:03:07.123456"
     double seconds;    ///< since the boot
-    std::string kind;  ///< "camera", "torch", "process", "service", "provider" or "command"
+    /** "camera", "torch", "process", "service", "provider", "warning" or "command" */
+    std::string kind;
     std::string who;   ///< the camera or program that it is about
     std::string what;  ///< such as "PRESENT" or "ended by signal 9 (Killed)"
 };

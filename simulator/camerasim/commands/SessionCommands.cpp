@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // SessionCommands: `camerasim up`, `tour`, `stop`, `close` and `bugreport`.
 
+#include <string.h>
+
 #include <algorithm>
 #include <chrono>
 #include <ctime>
@@ -22,6 +24,7 @@
 namespace orvo::simulator {
 
 using android::base::Result;
+using android::base::ResultError;
 using android::base::unexpected;
 
 namespace {
@@ -50,6 +53,12 @@ Result<StopReply> stop(const std::string& root) {
     }
 }
 
+/** What the inner half had no chance to say itself. */
+ResultError wasEndedBy(int signal) {
+    return didNotHappen("the device's own process was ended by signal " + std::to_string(signal) +
+                        " (" + strsignal(signal) + ")");
+}
+
 std::string defaultFile(const std::string& headset) {
     char moment[32];
     const time_t now = time(nullptr);
@@ -73,7 +82,8 @@ int bootHeadset(const Values& values) {
     if (!session) return complain(badUse(session.error().message()));
     const int status = session->awaitEnd();
     session->finish();
-    return wasToldToStop(status) ? kAsExpected : status;
+    if (wasToldToStop(status)) return kAsExpected;
+    return status > 128 ? complain(wasEndedBy(status - 128)) : status;
 }
 
 int tourHeadset(const Values& values) {
@@ -94,12 +104,14 @@ int tourHeadset(const Values& values) {
     });
     const int status = session->awaitEnd();
     guide.join();
-    if (!good && status <= 128) printTails(session->stage());
+    const bool isStopped = status > 128 && wasToldToStop(status);
+    if (!good && !isStopped) printTails(session->stage());
     session->finish();
-    if (status > 128) {
+    if (isStopped) {
         std::cerr << "camerasim: the tour was stopped" << std::endl;
         return status;
     }
+    if (status > 128) return complain(wasEndedBy(status - 128));
     return good ? kAsExpected : complain(didNotHappen("the tour was not as expected"));
 }
 

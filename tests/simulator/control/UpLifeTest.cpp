@@ -71,6 +71,16 @@ TEST_F(UpLifeTest, AKilledOneLeavesNothing) {
     expectNothingIsLeft();
 }
 
+TEST_F(UpLifeTest, OneWhoseOwnProcessIsKilledSaysSo) {
+    const auto device = boot();
+    ASSERT_EQ(0, kill(device->state().pid, SIGKILL));
+    const ProgramEnd end = device->awaitEnd();
+    EXPECT_TRUE(end.inTime);
+    EXPECT_EQ(1, end.status);
+    EXPECT_EQ("camerasim: the device's own process was ended by signal 9 (Killed)\n", end.err);
+    expectNothingIsLeft();
+}
+
 TEST_F(UpLifeTest, StopsAlsoWhileSomebodyIsHung) {
     const auto device = boot();
     device->request({{"command", "hang"}, {"provider", "external/0"}});

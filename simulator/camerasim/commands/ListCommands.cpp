@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include <android-base/parseint.h>
 #include <nlohmann/json.hpp>
 
 #include "simulator/camerasim/Looks.h"
@@ -75,8 +76,8 @@ int listCameras(const Values& values) {
 int listEvents(const Values& values) {
     const auto root = chooseHeadset(values.text("--device"));
     if (!root) return complain(root.error());
-    const EventsRequest request{static_cast<int64_t>(values.number("--from", 1)),
-                                values.has("--follow")};
+    EventsRequest request{1, values.has("--follow")};
+    (void)android::base::ParseInt(values.text("--from"), &request.from);
     bool any = false;
     const auto whole = askForEvents(*root, request, [&](const TimelineEvent& event) {
         any = true;

@@ -144,8 +144,8 @@ int reportBugs(const Values& values) {
     if (!root) return complain(root.error());
     const double patience = values.number("--timeout", 15);
     Bugreport report(*root, std::chrono::milliseconds(static_cast<int64_t>(patience * 1000)));
-    const std::string file =
-            values.has("--output") ? values.text("--output") : defaultFile(report.headsetName());
+    const std::string file = !values.text("--output").empty() ? values.text("--output")
+                                                              : defaultFile(report.headsetName());
     const auto written = report.write(file);
     if (!written) return complain(written.error());
     for (const std::string& line : report.missing()) std::cout << "missing: " << line << "\n";

@@ -46,10 +46,10 @@ class Watch {
   public:
     explicit Watch(std::string root) : mRoot(std::move(root)) {}
 
-    /** Draws until the device ends or a signal says so. */
-    Result<void> onTerminal();
+    /** Draws until the device ends or a signal or a key says so. @return whether it has ended. */
+    Result<bool> onTerminal();
     /** Prints what is, then a line for each event, until the device ends. */
-    Result<void> asLines();
+    Result<bool> asLines();
 
   private:
     /** Learns what has happened so far, so that following begins where that ends. */
@@ -114,7 +114,7 @@ Result<bool> Watch::takeEvents(ControlClient& events) {
     return true;
 }
 
-Result<void> Watch::onTerminal() {
+Result<bool> Watch::onTerminal() {
     const auto known = readHistory();
     if (!known) return unexpected(known.error());
     auto events = ControlClient::begin(mRoot, followRequest());
@@ -126,16 +126,16 @@ Result<void> Watch::onTerminal() {
                             {screen.signals(), POLLIN, 0},
                             {screen.keys(), POLLIN, 0}};
         TEMP_FAILURE_RETRY(poll(awaited, 3, events->hasLine() ? 0 : -1));
-        if (awaited[1].revents != 0 && screen.isAskedToEnd()) return {};
-        if (awaited[2].revents != 0 && screen.takeKeys()) return {};
+        if (awaited[1].revents != 0 && screen.isAskedToEnd()) return false;
+        if (awaited[2].revents != 0 && screen.takeKeys()) return false;
         if (awaited[0].revents == 0 && !events->hasLine()) continue;
         const auto running = takeEvents(*events);
         if (!running) return unexpected(running.error());
-        if (!*running) return {};
+        if (!*running) return true;
     }
 }
 
-Result<void> Watch::asLines() {
+Result<bool> Watch::asLines() {
     const auto known = readHistory();
     if (!known) return unexpected(known.error());
     const auto state = ask(mRoot, StateRequest());
@@ -149,8 +149,7 @@ Result<void> Watch::asLines() {
         std::cout << numberedEvent(event, false) << std::endl;
     });
     if (!whole) return unexpected(whole.error());
-    std::cerr << "the device has ended" << std::endl;
-    return {};
+    return true;
 }
 
 }  // namespace
@@ -159,8 +158,10 @@ int watch(const Values& values) {
     const auto root = chooseHeadset(values.text("--device"));
     if (!root) return complain(root.error());
     Watch watch(*root);
-    const auto watched = isatty(STDOUT_FILENO) != 0 ? watch.onTerminal() : watch.asLines();
-    return watched ? kAsExpected : complain(watched.error());
+    const auto ended = isatty(STDOUT_FILENO) != 0 ? watch.onTerminal() : watch.asLines();
+    if (!ended) return complain(ended.error());
+    if (*ended) std::cerr << "the device has ended" << std::endl;
+    return kAsExpected;
 }
 
 }  // namespace orvo::simulator

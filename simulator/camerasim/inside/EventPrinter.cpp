@@ -57,7 +57,13 @@ bool EventPrinter::write(const std::string& text) {
     size_t written = 0;
     while (written < text.size() && !mGivenUp) {
         const ssize_t count = ::write(STDOUT_FILENO, text.data() + written, text.size() - written);
-        if (count < 0 && errno != EINTR) return false;
+        if (count < 0 && errno == EAGAIN) {
+            // Somebody else has made it non-blocking; a signal ends this as well.
+            pollfd writable{STDOUT_FILENO, POLLOUT, 0};
+            (void)poll(&writable, 1, -1);
+        } else if (count < 0 && errno != EINTR) {
+            return false;
+        }
         if (count > 0) written += count;
     }
     return !mGivenUp;

@@ -17,16 +17,20 @@ std::string statusWord(const Answer<bool>& answer) {
 }  // namespace
 
 void Framework::attach(const std::string& instance, bool listed) {
+    uint64_t generation = 0;
+    {
+        MutexLock lock(mLock);
+        generation = mGeneration;
+    }
     auto connected = FrameworkClient::connect(instance);
     if (!connected) {
         mTimeline.add("service", instance, "not served; its log says why");
         return;
     }
     const Client client = std::move(*connected);
-    uint64_t generation = 0;
     {
         MutexLock lock(mLock);
-        generation = mGeneration;
+        if (mGeneration != generation) return;  // that service has ended again
         mAttached[instance].client = client;
     }
     mThreads.start([=] { hear(generation, instance, client); });

@@ -120,7 +120,8 @@ int Session::awaitEnd() {
         }
         int status = 0;
         if (waitpid(mInside, &status, WNOHANG) != mInside) continue;
-        if (interrupted != 0) return 128 + interrupted;
+        const bool crashed = WIFSIGNALED(status) && requests < 2;  // the second one kills it
+        if (interrupted != 0 && !crashed) return 128 + interrupted;
         return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
     }
 }

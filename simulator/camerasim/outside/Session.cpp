@@ -42,10 +42,10 @@ std::vector<std::string> commandFor(const std::string& program, const InsideOpti
 
 }  // namespace
 
-Session::Session(AwaitedSignals signals, Janitor janitor, Stage stage, bool keep)
+Session::Session(AwaitedSignals signals, Janitor janitor, bool keep)
     : mSignals(std::move(signals)),
       mJanitor(std::move(janitor)),
-      mStage(std::move(stage)),
+      mStage(mJanitor.directory()),
       mKeep(keep) {}
 
 Result<Session> Session::start(const SessionOptions& options) {
@@ -65,8 +65,7 @@ Result<Session> Session::start(const SessionOptions& options) {
     if (!signals) return unexpected(signals.error());
     auto janitor = Janitor::start(options.keep);
     if (!janitor) return unexpected(janitor.error());
-    Session session(std::move(*signals), std::move(*janitor), Stage(janitor->directory()),
-                    options.keep);
+    Session session(std::move(*signals), std::move(*janitor), options.keep);
     const auto filled = session.stage().fill(*description, *installation);
     if (!filled) return unexpected(filled.error());
     auto sandbox = Sandbox::prepare(session.stage());

@@ -58,13 +58,13 @@ class Session {
     void finish();
 
   private:
-    Session(AwaitedSignals signals, Janitor janitor, Stage stage, bool keep);
+    Session(AwaitedSignals signals, Janitor janitor, bool keep);
     android::base::Result<void> startInside(const std::vector<std::string>& command, int stop,
                                             int socket);
 
     AwaitedSignals mSignals;
     Janitor mJanitor;
-    Stage mStage;
+    Stage mStage;  ///< in the janitor's directory
     bool mKeep;
     pid_t mInside = -1;
     android::base::unique_fd mStop;  ///< its end asks the inner half to stop

@@ -48,7 +48,7 @@ TEST(EventLoopTest, WhatIsForTheLoopRunsThere) {
 }
 
 TEST(EventLoopTest, WhatIsPostedBeforeItsEndRunsAndWhatIsPostedAfterDoesNot) {
-    static std::vector<EventLoop*> ended;  // none is ever destroyed
+    static auto& ended = *new std::vector<EventLoop*>();  // none is ever destroyed
     EventLoop& loop = *ended.emplace_back(new EventLoop());
     int runs = 0;
     EXPECT_TRUE(loop.post([&runs] { runs++; }));

@@ -6,25 +6,18 @@
 #include <algorithm>
 #include <set>
 
-#include <android-base/strings.h>
-
 #include "host/vintf/VintfManifest.h"
 #include "mapcheck/EntryChecks.h"
 #include "mapcheck/Finding.h"
 #include "mapcheck/MapFile.h"
 #include "simulator/description/HeadsetDescription.h"
+#include "simulator/description/HeadsetFiles.h"
 
 namespace orvo::simulator {
 
 namespace {
 
-constexpr char kCameraProvider[] = "android.hardware.camera.provider@2.4::ICameraProvider";
 constexpr char kProviderControl[] = "vendor.orvo.simulator@1.0::ISimulatedProvider";
-constexpr char kMrInstance[] = "default/0";
-
-bool isMrInstance(const std::string& instance) {
-    return android::base::StartsWith(instance, kMrInstance);
-}
 
 bool contains(const std::vector<std::string>& all, const std::string& one) {
     return std::find(all.begin(), all.end(), one) != all.end();

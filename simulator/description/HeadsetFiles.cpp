@@ -10,6 +10,7 @@
 #include <android-base/strings.h>
 
 #include "host/vintf/VintfManifest.h"
+#include "simulator/description/Suggestions.h"
 
 namespace orvo::simulator {
 
@@ -18,9 +19,6 @@ using android::base::Result;
 
 namespace {
 
-constexpr char kCameraProvider[] = "android.hardware.camera.provider@2.4::ICameraProvider";
-constexpr char kMrInstance[] = "default/0";
-
 bool contains(const std::vector<std::string>& all, const std::string& one) {
     return std::find(all.begin(), all.end(), one) != all.end();
 }
@@ -28,12 +26,14 @@ bool contains(const std::vector<std::string>& all, const std::string& one) {
 /** The library serves names that begin with the MR provider's without a look at the map. */
 bool asksTheMap(const HeadsetDescription& description) {
     const auto& served = description.serviceInstances;
-    return std::any_of(served.begin(), served.end(), [](const std::string& instance) {
-        return !android::base::StartsWith(instance, kMrInstance);
-    });
+    return !std::all_of(served.begin(), served.end(), isMrInstance);
 }
 
 }  // namespace
+
+bool isMrInstance(const std::string& instance) {
+    return android::base::StartsWith(instance, kMrInstance);
+}
 
 Result<HeadsetFiles> HeadsetFiles::read(const HeadsetDescription& description) {
     HeadsetFiles files;
@@ -63,7 +63,7 @@ void HeadsetFiles::addInstance(const std::string& instance) {
 Result<void> HeadsetFiles::checkKnown(const std::string& instance) const {
     if (contains(mInstances, instance)) return {};
     return Error() << "there is no provider '" << instance << "'; there are "
-                   << android::base::Join(mInstances, ", ");
+                   << someOf(mInstances, instance);
 }
 
 bool HeadsetFiles::isServed(const std::string& instance) const {
@@ -80,10 +80,6 @@ std::string HeadsetFiles::behind(const std::string& instance) const {
         if (behind == instance) return front;
     }
     return "";
-}
-
-bool HeadsetFiles::hasOthersBehind(const std::string& instance) const {
-    return !mMap.behind(instance).empty();
 }
 
 }  // namespace orvo::simulator

@@ -14,6 +14,12 @@
 
 namespace orvo::simulator {
 
+constexpr char kCameraProvider[] = "android.hardware.camera.provider@2.4::ICameraProvider";
+constexpr char kMrInstance[] = "default/0";
+
+/** The library hands names that begin with the MR provider's to that, without asking the map. */
+bool isMrInstance(const std::string& instance);
+
 /** The description, the VINTF manifest and the provider map of one device, read once. */
 class HeadsetFiles {
   public:
@@ -42,8 +48,6 @@ class HeadsetFiles {
     std::vector<std::string> allBehind(const std::string& instance) const {
         return mMap.behind(instance);
     }
-    /** Whether the map puts anything behind it. */
-    bool hasOthersBehind(const std::string& instance) const;
 
     /** What the library's reader complains of in the map, one line each. */
     const std::vector<std::string>& warnings() const { return mMap.warnings(); }

@@ -110,7 +110,7 @@ TEST_F(HeadsetCheckTest, ANewDeviceHasNothingWrong) {
     const auto files = HeadsetFiles::read(*description);
     ASSERT_TRUE(files);
     EXPECT_THAT(files->warnings(), IsEmpty());
-    EXPECT_TRUE(files->hasOthersBehind("legacy/0"));
+    EXPECT_FALSE(files->allBehind("legacy/0").empty());
 }
 
 TEST_F(HeadsetCheckTest, ANewDeviceReplacesNothing) {

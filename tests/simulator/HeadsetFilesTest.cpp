@@ -49,8 +49,8 @@ TEST_F(HeadsetFilesTest, ServedOnesComeFirstThenProcesses) {
     EXPECT_TRUE(files->isDeclared("virtual/0"));
     EXPECT_EQ("legacy/0", files->behind("virtual/0"));
     EXPECT_EQ("", files->behind("legacy/0"));
-    EXPECT_TRUE(files->hasOthersBehind("legacy/0"));
-    EXPECT_FALSE(files->hasOthersBehind("default/0"));
+    EXPECT_FALSE(files->allBehind("legacy/0").empty());
+    EXPECT_TRUE(files->allBehind("default/0").empty());
 }
 
 TEST_F(HeadsetFilesTest, OneThatOnlyTheMapOrTheManifestNamesIsThereToo) {

@@ -90,7 +90,7 @@ const Command* findCommand(const std::string& name);
 /** What may stand at the last of the words after "camerasim", for a shell's completion. */
 Words completionsOf(const Words& words);
 
-// Commands that do more than ask one thing, each in a file of its own.
+// Commands that do more than ask one thing, in the files named after them or their kind.
 int listHeadsets(const Values& values);
 int listCameras(const Values& values);
 int listEvents(const Values& values);

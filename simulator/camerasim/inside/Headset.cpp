@@ -127,7 +127,7 @@ Result<void> Headset::startService() {
                           std::to_string(*pid) +
                           (starts == 0 ? "" : " (restart " + std::to_string(starts) + ")"));
     for (const std::string& instance : mFiles.description().serviceInstances) {
-        mFramework.attach(instance, !mFiles.hasOthersBehind(instance));
+        mFramework.attach(instance, mFiles.allBehind(instance).empty());
     }
     return {};
 }

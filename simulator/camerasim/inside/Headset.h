@@ -77,7 +77,6 @@ class Headset {
     Framework& framework() { return mFramework; }
     ProviderConnections& providers() { return mProviders; }
     Supervisor& supervisor() { return mPrograms.supervisor(); }
-    const Programs& programs() const { return mPrograms; }
     const Stage& stage() const { return mPrograms.stage(); }
 
   private:

@@ -17,8 +17,6 @@ using android::base::unexpected;
 
 namespace {
 
-constexpr char kMrInstance[] = "default/0";
-
 std::string typeOf(const std::string& instance) {
     namespace naming = ::android::hardware::camera::provider::V2_4::implementation;
     return naming::typeOfInstance(instance).value_or(instance);
@@ -41,7 +39,7 @@ TourCamera asSeenThrough(const std::string& aggregator, const ProviderDescriptio
 /** The first service instance with something behind it, and the descriptions of that. */
 Result<void> planProviders(const HeadsetFiles& files, TourPlan* plan) {
     for (const std::string& instance : plan->served) {
-        if (instance == kMrInstance || !files.hasOthersBehind(instance)) continue;
+        if (instance == kMrInstance || files.allBehind(instance).empty()) continue;
         plan->aggregator = instance;
         for (const std::string& behind : files.allBehind(instance)) {
             const auto& programs = files.description().providers;
